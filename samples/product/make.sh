@@ -1,0 +1,50 @@
+#!/bin/bash
+# make.sh OUT - makes the sample product, the "Lakeside Workbench":
+#   OUT/tree          the files as they are to be installed
+#   OUT/product.nsh   their list for the installer
+# The same content on every run; the large file is made here rather than kept in the repository.
+set -eu
+
+here=$(cd "$(dirname "$0")" && pwd)
+out=$1
+tree=$out/tree
+cc=${MINGW_CC:-x86_64-w64-mingw32-gcc}
+
+rm -rf "$tree"
+mkdir -p "$tree"
+cp -r "$here/files/." "$tree"
+
+# A repeatable stream of bytes: SIZE bytes from a linear congruential generator.
+bytes() {
+    perl -e 'my ($size, $x) = @ARGV;
+             for (my $done = 0; $done < $size; $done += 4) {
+                 $x = ($x * 1664525 + 1013904223) & 0xffffffff;
+                 print substr(pack("N", $x), 0, $size - $done);
+             }' "$1" "$2"
+}
+
+mkdir -p "$tree/bin" "$tree/embedch/dl"
+"$cc" -Os -s -Wl,--no-insert-timestamp -o "$tree/bin/lakeside.exe" "$here/lakeside.c"
+bytes 5242880 1 > "$tree/bin/survey.dat"
+bytes 40961 2 > "$tree/embedch/dl/shapes.dl"
+: > "$tree/bin/empty.mrk" # an empty file must arrive too
+
+# The list, as macros that call a macro of the script's for each folder and each file. Folders come
+# before what is in them, so that they can be created in this order and removed in the other.
+{
+    echo '; Made by make.sh: the folders and files of the sample product.'
+    echo '!macro ForEachFolder ACTION'
+    (cd "$tree" && find . -mindepth 1 -type d | LC_ALL=C sort) |
+        sed -e 's:^\./::' -e 's:/:\\:g' -e 's:.*:  !insertmacro ${ACTION} "&":'
+    echo '!macroend'
+    echo '!macro ForEachFolderBackwards ACTION'
+    (cd "$tree" && find . -mindepth 1 -type d | LC_ALL=C sort -r) |
+        sed -e 's:^\./::' -e 's:/:\\:g' -e 's:.*:  !insertmacro ${ACTION} "&":'
+    echo '!macroend'
+    echo '!macro ForEachFile ACTION'
+    (cd "$tree" && find . -type f | LC_ALL=C sort) |
+        sed -e 's:^\./::' -e 's:/:\\:g' \
+            -e 's:^\(.*\\\)\([^\\]*\)$:  !insertmacro ${ACTION} "\1" "\2":' \
+            -e 's:^[^ ].*$:  !insertmacro ${ACTION} "" "&":'
+    echo '!macroend'
+} > "$out/product.nsh"

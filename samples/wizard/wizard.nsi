@@ -1,0 +1,483 @@
+; wizard.nsi - installs the sample product with the help of tarn.dll
+;
+; Defines: PRODUCT_DIR  the folder that samples/product/make.sh filled
+;          OUT_FILE     the installer to make
+;          TARN_DLL     the library (see tarn.nsh)
+;
+; With nobody at the keyboard:
+;
+;   lakeside-setup.exe /S | /PASSIVE  /EMAIL=address  [options]  [/D=folder]
+;
+;   /S              shows nothing at all
+;   /PASSIVE        shows the progress and asks nothing
+;   /EMAIL=         the user's e-mail address; required
+;   /LICENCE=       a licence file to install
+;   /LOG=           writes what happens to this file; it goes to the standard output in any case
+;   /PAUSE=ms       keeps the wait window that long after the last file (for looking at it)
+;   /D=             the folder to install into
+;
+; Exit codes: 0 installed; 1 cancelled by the user; 2 the setup library cannot be used; 3 the e-mail
+; address or the licence file was refused, nothing was installed; 4 installing failed, what had been
+; installed was removed again.
+
+Target amd64-unicode
+Unicode true
+
+!define NAME "Lakeside Workbench"
+!define VERSION "1.2"
+!define RUN_ONCE_KEY "Software\Microsoft\Windows\CurrentVersion\RunOnce"
+!define RUN_ONCE_VALUE "LakesideWelcome"
+!define UNINSTALL_KEY "Software\Microsoft\Windows\CurrentVersion\Uninstall\Lakeside"
+
+Name "${NAME}"
+OutFile "${OUT_FILE}"
+InstallDir "$LOCALAPPDATA\Programs\Lakeside"
+RequestExecutionLevel user
+SetCompressor /SOLID lzma
+BrandingText "${NAME} ${VERSION}"
+
+!include MUI2.nsh
+!include FileFunc.nsh
+!include "../../nsis/tarn.nsh"
+!include "${PRODUCT_DIR}/product.nsh"
+
+Var Unattended     ; 1 when no question may be asked: /S or /PASSIVE
+Var Email
+Var Licence        ; path of the licence file, or empty
+Var Pause          ; milliseconds
+Var StandardOutput ; file handles; empty for none
+Var Log
+Var Failure        ; why installing failed, for the user; empty while all is well
+
+Var EmailField
+Var EmailMessage
+Var LicenceField
+Var LicenceMessage
+
+;-------------------------------------------------------------------------------------------------
+; Pages
+
+!define MUI_ICON "${NSISDIR}\Contrib\Graphics\Icons\orange-install.ico"
+!define MUI_UNICON "${NSISDIR}\Contrib\Graphics\Icons\orange-uninstall.ico"
+!define MUI_WELCOMEFINISHPAGE_BITMAP "${NSISDIR}\Contrib\Graphics\Wizard\orange.bmp"
+!define MUI_HEADERIMAGE
+!define MUI_HEADERIMAGE_RIGHT
+!define MUI_HEADERIMAGE_BITMAP "${NSISDIR}\Contrib\Graphics\Header\orange-r.bmp"
+!define MUI_ABORTWARNING
+
+!define MUI_PAGE_CUSTOMFUNCTION_PRE SkipWhenUnattended
+!insertmacro MUI_PAGE_WELCOME
+Page custom EmailPage EmailPageLeave
+Page custom LicencePage LicencePageLeave
+!define MUI_PAGE_CUSTOMFUNCTION_PRE SkipWhenUnattended
+!insertmacro MUI_PAGE_DIRECTORY
+!define MUI_PAGE_CUSTOMFUNCTION_SHOW OpenWaitWindow
+!define MUI_PAGE_CUSTOMFUNCTION_LEAVE CloseWaitWindow
+!insertmacro MUI_PAGE_INSTFILES
+!define MUI_PAGE_CUSTOMFUNCTION_PRE SkipWhenUnattended
+!insertmacro MUI_PAGE_FINISH
+
+!insertmacro MUI_UNPAGE_CONFIRM
+!define MUI_PAGE_CUSTOMFUNCTION_SHOW un.OpenWaitWindow
+!define MUI_PAGE_CUSTOMFUNCTION_LEAVE un.CloseWaitWindow
+!insertmacro MUI_UNPAGE_INSTFILES
+!insertmacro MUI_UNPAGE_FINISH
+
+!insertmacro MUI_LANGUAGE "English"
+
+;-------------------------------------------------------------------------------------------------
+; Start and end
+
+; Tells the log and the standard output, which the caller of an unattended run reads.
+!define Say "!insertmacro Say"
+!macro Say TEXT
+  ${If} $StandardOutput != ""
+    FileWrite $StandardOutput `${TEXT}$\r$\n`
+  ${EndIf}
+  ${If} $Log != ""
+    FileWrite $Log `${TEXT}$\r$\n`
+  ${EndIf}
+!macroend
+
+!macro Option NAME VARIABLE
+  StrLen $7 "${NAME}"
+  StrCpy $8 $5 $7
+  ${If} $8 == "${NAME}"
+    StrCpy ${VARIABLE} $5 "" $7
+  ${EndIf}
+!macroend
+
+Function .onInit
+  StrCpy $Unattended 0
+  ${If} ${Silent}
+    StrCpy $Unattended 1
+  ${EndIf}
+  Call ReadOptions
+  ${If} $Unattended = 1
+    System::Call 'kernel32::GetStdHandle(i -11) p .r0'
+    ${If} $0 P> 0
+      StrCpy $StandardOutput $0
+    ${EndIf}
+  ${EndIf}
+
+  ${Tarn_TryInit} $0
+  ${If} $0 != ""
+    ${Say} "$0"
+    MessageBox MB_OK|MB_ICONSTOP "$0" /SD IDOK
+    SetErrorLevel 2
+    Call CloseAll
+    Quit
+  ${EndIf}
+
+  ${If} $Unattended = 1
+    Call CheckOptions
+  ${EndIf}
+FunctionEnd
+
+; The system splits the command line, so that quotes may stand around a value or a whole option.
+Function ReadOptions
+  StrCpy $0 $CMDLINE
+  System::Call 'shell32::CommandLineToArgvW(w r0, *i .r1) p .r2'
+  StrCpy $3 $2
+  ${ForEach} $4 2 $1 + 1
+    IntPtrOp $3 $3 + ${NSIS_PTR_SIZE}
+    System::Call '*$3(w .r5)'
+    !insertmacro Option "/EMAIL=" $Email
+    !insertmacro Option "/LICENCE=" $Licence
+    !insertmacro Option "/PAUSE=" $Pause
+    !insertmacro Option "/LOG=" $6
+    !insertmacro Option "/D=" $INSTDIR ; NSIS itself takes it only without quotes
+    ${If} $5 == "/PASSIVE"
+      StrCpy $Unattended 1
+    ${EndIf}
+  ${Next}
+  System::Call 'kernel32::LocalFree(p r2)'
+  ${If} $6 != ""
+    FileOpen $Log $6 w
+  ${EndIf}
+FunctionEnd
+
+Function CheckOptions
+  ${Tarn_VerifyEmail} $0 $1 $2 $3 "$Email"
+  ${If} $0 != 1
+    ${If} $2 == ""
+      StrCpy $2 "No e-mail address (/EMAIL=)."
+    ${EndIf}
+    ${Say} `The e-mail address "$3" is refused.`
+    ${Say} "  message:  $2"
+    ${Say} "  position: $1"
+    SetErrorLevel 3
+    Call CloseAll
+    Quit
+  ${EndIf}
+  StrCpy $Email $3
+  ${If} $Licence != ""
+  ${AndIfNot} ${FileExists} $Licence
+    ${Say} "There is no licence file $Licence."
+    SetErrorLevel 3
+    Call CloseAll
+    Quit
+  ${EndIf}
+FunctionEnd
+
+Function CloseAll
+  ${Tarn_Free}
+  ${If} $Log != ""
+    FileClose $Log
+    StrCpy $Log ""
+  ${EndIf}
+FunctionEnd
+
+; With a user interface this is the one way out; a silent run has the other two.
+Function .onGUIEnd
+  Call CloseAll
+FunctionEnd
+
+Function .onInstSuccess
+  ${If} ${Silent}
+    Call CloseAll
+  ${EndIf}
+FunctionEnd
+
+Function .onInstFailed
+  ${If} ${Silent}
+    Call CloseAll
+  ${EndIf}
+FunctionEnd
+
+Function SkipWhenUnattended
+  ${If} $Unattended = 1
+    Abort
+  ${EndIf}
+FunctionEnd
+
+;-------------------------------------------------------------------------------------------------
+; E-mail page
+
+Function EmailPage
+  Call SkipWhenUnattended
+  !insertmacro MUI_HEADER_TEXT "E-mail Address" "Where may news about ${NAME} go?"
+  nsDialogs::Create 1018
+  Pop $0
+  ${NSD_CreateLabel} 0 0 100% 20u "Your address is kept with this installation and is not sent anywhere. It is only checked for being an address."
+  Pop $0
+  ${NSD_CreateLabel} 0 34u 100% 10u "&E-mail address:"
+  Pop $0
+  ${NSD_CreateText} 0 45u 55% 13u "$Email"
+  Pop $EmailField
+  ${NSD_CreateLabel} 57% 45u 43% 40u ""
+  Pop $EmailMessage
+  SetCtlColors $EmailMessage C00000 transparent
+  ${NSD_SetFocus} $EmailField
+  nsDialogs::Show
+FunctionEnd
+
+Function EmailPageLeave
+  ${NSD_GetText} $EmailField $Email
+  ${Tarn_VerifyEmail} $0 $1 $2 $Email "$Email"
+  ${NSD_SetText} $EmailField "$Email"
+  ${If} $0 = 1
+    ${NSD_SetText} $EmailMessage ""
+    Return
+  ${EndIf}
+  ${If} $2 == ""
+    StrCpy $2 "Please enter an address."
+  ${EndIf}
+  ${NSD_SetText} $EmailMessage "$2"
+  Call CaretOfFault
+  ${NSD_SetFocus} $EmailField
+  SendMessage $EmailField ${EM_SETSEL} $1 $1
+  Abort
+FunctionEnd
+
+; Turns the position $1 that the library gives for $Email into the caret's: 0-based throughout, and
+; the end of the text when there is none. A position behind the "@" is 1-based; one at or before it
+; is 0-based already. (The text up to the fault is plain ASCII, so bytes are characters.)
+Function CaretOfFault
+  Push $2
+  Push $3
+  ${If} $1 < 0
+    StrLen $1 $Email
+  ${Else}
+    StrCpy $2 0
+    ${Do}
+      StrCpy $3 $Email 1 $2
+      ${If} $3 == "@"
+      ${OrIf} $3 == ""
+        ${ExitDo}
+      ${EndIf}
+      IntOp $2 $2 + 1
+    ${Loop}
+    ${If} $1 > $2
+      IntOp $1 $1 - 1
+    ${EndIf}
+  ${EndIf}
+  Pop $3
+  Pop $2
+FunctionEnd
+
+;-------------------------------------------------------------------------------------------------
+; Licence page
+
+Function LicencePage
+  Call SkipWhenUnattended
+  !insertmacro MUI_HEADER_TEXT "Licence File" "Have you been given a licence file?"
+  nsDialogs::Create 1018
+  Pop $0
+  ${NSD_CreateLabel} 0 0 100% 20u "If you have a licence file, choose it here. Without one, leave the field empty: ${NAME} then runs as a trial."
+  Pop $0
+  ${NSD_CreateLabel} 0 34u 100% 10u "&Licence file:"
+  Pop $0
+  ${NSD_CreateText} 0 45u 78% 13u "$Licence"
+  Pop $LicenceField
+  ${NSD_CreateButton} 81% 44u 19% 15u "B&rowse..."
+  Pop $0
+  ${NSD_OnClick} $0 BrowseForLicence
+  ${NSD_CreateLabel} 0 63u 100% 20u ""
+  Pop $LicenceMessage
+  SetCtlColors $LicenceMessage C00000 transparent
+  ${NSD_SetFocus} $LicenceField
+  nsDialogs::Show
+FunctionEnd
+
+Function BrowseForLicence
+  Pop $0 ; the button
+  ${NSD_GetText} $LicenceField $0
+  ${Tarn_DoFileOpenDialog} $1 $2 "$DOCUMENTS" "Choose the licence file" "Licence files (*.lic)|*.lic|All files (*.*)|*.*||" "lic" "$0"
+  ${If} $1 = 1
+    ${NSD_SetText} $LicenceField "$2"
+    ${NSD_SetText} $LicenceMessage ""
+  ${EndIf}
+FunctionEnd
+
+Function LicencePageLeave
+  ${NSD_GetText} $LicenceField $Licence
+  ${If} $Licence != ""
+  ${AndIfNot} ${FileExists} $Licence
+    ${NSD_SetText} $LicenceMessage "There is no such file."
+    ${NSD_SetFocus} $LicenceField
+    SendMessage $LicenceField ${EM_SETSEL} 0 -1
+    Abort
+  ${EndIf}
+FunctionEnd
+
+;-------------------------------------------------------------------------------------------------
+; Install page. Its callbacks run on the wizard's thread and the section on another: see tarn.nsh.
+
+Function OpenWaitWindow
+  ${Tarn_DoWaitDlgModless} $HWNDPARENT "${NAME} Setup" "Please wait while ${NAME} is being installed."
+FunctionEnd
+
+Function CloseWaitWindow
+  ${Tarn_CloseWaitDlg}
+  ${If} $Failure != ""
+    ${If} $Unattended = 0
+      MessageBox MB_OK|MB_ICONSTOP "$Failure$\r$\n$\r$\nWhat had been installed has been removed again."
+    ${EndIf}
+    Quit
+  ${EndIf}
+FunctionEnd
+
+!define Fail "!insertmacro Fail"
+!macro Fail REASON
+  StrCpy $Failure `${REASON}`
+  Return
+!macroend
+
+!macro CreateFolder FOLDER
+  CreateDirectory "$INSTDIR\${FOLDER}"
+!macroend
+
+!macro CopyFile FOLDER NAME
+  DetailPrint "Copying ${FOLDER}${NAME}"
+  ${Tarn_FileCopy} $0 "$PLUGINSDIR\product\${FOLDER}${NAME}" "$INSTDIR\${FOLDER}"
+  ${If} $0 != 1
+    ${Fail} "The file $INSTDIR\${FOLDER}${NAME} cannot be written."
+  ${EndIf}
+  ${Say} "copied ${FOLDER}${NAME}"
+!macroend
+
+Section
+  Call InstallProduct
+  RMDir /r "$PLUGINSDIR\product"
+  ${If} $Failure == ""
+    ${Say} "Installed in $INSTDIR."
+  ${Else}
+    Call RemoveProduct
+    ${Say} "$Failure"
+    SetErrorLevel 4
+  ${EndIf}
+SectionEnd
+
+Function InstallProduct
+  SetOutPath "$PLUGINSDIR\product"
+  File /r "${PRODUCT_DIR}/tree/*"
+  SetOutPath "$INSTDIR"
+
+  !insertmacro ForEachFolder CreateFolder
+  !insertmacro ForEachFile CopyFile
+
+  WriteINIStr "$INSTDIR\registration.ini" "Registration" "Email" "$Email"
+  ${If} $Licence != ""
+    CreateDirectory "$INSTDIR\licence"
+    ${Tarn_FileCopy} $0 "$Licence" "$INSTDIR\licence\"
+    ${If} $0 != 1
+      ${Fail} "The licence file $Licence cannot be copied."
+    ${EndIf}
+    ${GetFileName} "$Licence" $0
+    WriteINIStr "$INSTDIR\registration.ini" "Registration" "Licence" "$0"
+    ${Say} "copied licence\$0"
+  ${EndIf}
+
+  ${Tarn_WriteChConfigFile} $0 "$INSTDIR"
+  ${If} $0 != 1
+    ${Fail} "The file $INSTDIR\embedch\config\chrc cannot be written."
+  ${EndIf}
+  ${Say} "wrote embedch\config\chrc"
+
+  ; The product works without its welcome, so this is no reason to take it away again.
+  ${Tarn_PutInRunOnce} $0 "${RUN_ONCE_VALUE}" '"$INSTDIR\bin\lakeside.exe" --first-run'
+  ${If} $0 = 1
+    ${Say} "queued the welcome for the next log-on"
+  ${Else}
+    DetailPrint "The welcome at the next log-on could not be queued."
+    ${Say} "WARNING: the welcome at the next log-on could not be queued"
+  ${EndIf}
+
+  WriteUninstaller "$INSTDIR\uninstall.exe"
+  WriteRegStr HKCU "${UNINSTALL_KEY}" "DisplayName" "${NAME}"
+  WriteRegStr HKCU "${UNINSTALL_KEY}" "DisplayVersion" "${VERSION}"
+  WriteRegStr HKCU "${UNINSTALL_KEY}" "InstallLocation" "$INSTDIR"
+  WriteRegStr HKCU "${UNINSTALL_KEY}" "UninstallString" '"$INSTDIR\uninstall.exe"'
+  WriteRegStr HKCU "${UNINSTALL_KEY}" "QuietUninstallString" '"$INSTDIR\uninstall.exe" /S'
+  WriteRegDWORD HKCU "${UNINSTALL_KEY}" "NoModify" 1
+  WriteRegDWORD HKCU "${UNINSTALL_KEY}" "NoRepair" 1
+
+  ${If} $Pause > 0
+    Sleep $Pause
+  ${EndIf}
+FunctionEnd
+
+;-------------------------------------------------------------------------------------------------
+; Removal: exactly what was installed, so that a file of the user's (and the folder it lies in) stays
+
+!macro DeleteFile FOLDER NAME
+  Delete "$INSTDIR\${FOLDER}${NAME}"
+!macroend
+
+!macro RemoveFolder FOLDER
+  RMDir "$INSTDIR\${FOLDER}"
+!macroend
+
+!macro RemoveProduct UN
+Function ${UN}RemoveProduct
+  SetOutPath "$TEMP" ; a current folder cannot be removed
+  ReadINIStr $0 "$INSTDIR\registration.ini" "Registration" "Licence"
+  ${If} $0 != ""
+    Delete "$INSTDIR\licence\$0"
+  ${EndIf}
+  RMDir "$INSTDIR\licence"
+  Delete "$INSTDIR\registration.ini"
+  Delete "$INSTDIR\embedch\config\chrc"
+  !insertmacro ForEachFile DeleteFile
+  !insertmacro ForEachFolderBackwards RemoveFolder
+  Delete "$INSTDIR\uninstall.exe"
+  RMDir "$INSTDIR"
+  DeleteRegValue HKCU "${RUN_ONCE_KEY}" "${RUN_ONCE_VALUE}"
+  DeleteRegKey HKCU "${UNINSTALL_KEY}"
+FunctionEnd
+!macroend
+!insertmacro RemoveProduct ""
+!insertmacro RemoveProduct "un."
+
+Function un.onInit
+  ${Tarn_Init}
+FunctionEnd
+
+Function un.onGUIEnd
+  ${Tarn_Free}
+FunctionEnd
+
+Function un.onUninstSuccess
+  ${If} ${Silent}
+    ${Tarn_Free}
+  ${EndIf}
+FunctionEnd
+
+Function un.onUninstFailed
+  ${If} ${Silent}
+    ${Tarn_Free}
+  ${EndIf}
+FunctionEnd
+
+Function un.OpenWaitWindow
+  ${Tarn_DoWaitDlgModless} $HWNDPARENT "${NAME} Uninstall" "Please wait while ${NAME} is being removed."
+FunctionEnd
+
+Function un.CloseWaitWindow
+  ${Tarn_CloseWaitDlg}
+FunctionEnd
+
+Section "Uninstall"
+  Call un.RemoveProduct
+SectionEnd
