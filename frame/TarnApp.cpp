@@ -1,0 +1,8 @@
+#include "frame/TarnApp.h"
+
+BEGIN_MESSAGE_MAP(CTarnApp, CWinApp)
+END_MESSAGE_MAP()
+
+CTarnApp::~CTarnApp() = default;
+
+static CTarnApp theApp;

@@ -1,0 +1,9 @@
+// Message boxes of the framework.
+#pragma once
+
+#include <windows.h>
+
+// Shows a box captioned with the application's name, over the calling thread's active window.
+// Without an icon in nType it gets the warning icon. Returns the button chosen, 0 when the box could
+// not be shown. Pumps messages.
+int AfxMessageBox(LPCSTR lpszText, UINT nType = MB_OK, UINT nIDHelp = 0);

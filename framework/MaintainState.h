@@ -1,0 +1,25 @@
+// AFX_MANAGE_STATE: makes a module state current for the extent of a block.
+#pragma once
+
+#include "ActCtx.h"
+#include "ModuleState.h"
+#include "ThreadState.h"
+
+// Lives on the stack of the call that it guards. Switches the calling thread to a module state and
+// activates that module's context; puts both back when it is destroyed.
+class AFX_MAINTAIN_STATE2
+{
+public:
+    explicit AFX_MAINTAIN_STATE2(AFX_MODULE_STATE* pNewState);
+    ~AFX_MAINTAIN_STATE2();
+    AFX_MAINTAIN_STATE2(const AFX_MAINTAIN_STATE2&) = delete;
+    AFX_MAINTAIN_STATE2& operator=(const AFX_MAINTAIN_STATE2&) = delete;
+
+protected:
+    AFX_MODULE_STATE* m_pPrevModuleState;
+    _AFX_THREAD_STATE* m_pThreadState;
+    ULONG_PTR m_ulActCtxCookie;
+    BOOL m_bValidActCtxCookie;
+};
+
+#define AFX_MANAGE_STATE(p) AFX_MAINTAIN_STATE2 _ctlState(p)

@@ -1,0 +1,57 @@
+// Module state: what the framework keeps for each module (program or library) that uses it.
+#pragma once
+
+#include <windows.h>
+
+class CWinApp;
+class CWnd;
+
+class AFX_MODULE_STATE
+{
+public:
+    // bDLL: the state of a library, not of a program. pfnAfxWndProc: the window procedure that the
+    // module's windows get.
+    AFX_MODULE_STATE(BOOL bDLL, WNDPROC pfnAfxWndProc) noexcept;
+    ~AFX_MODULE_STATE(); // releases the context
+    AFX_MODULE_STATE(const AFX_MODULE_STATE&) = delete;
+    AFX_MODULE_STATE& operator=(const AFX_MODULE_STATE&) = delete;
+
+    // The context of the module's manifest, made on first use; INVALID_HANDLE_VALUE when there is no
+    // manifest or no context can be made, in which case the next call tries again.
+    HANDLE GetActivationContext() noexcept;
+
+    // The module's live windows, for the day it is unloaded before they are gone.
+    void AddWindow(CWnd* pWnd) noexcept;
+    void RemoveWindow(CWnd* pWnd) noexcept;
+    // Takes every window away from its object and leaves it to the system's own procedure.
+    void OrphanWindows() noexcept;
+
+    CWinApp* m_pCurrentWinApp = nullptr; // borrowed; objects of static life
+    HINSTANCE m_hCurrentInstanceHandle;
+    HINSTANCE m_hCurrentResourceHandle;
+    WNDPROC m_pfnAfxWndProc;
+    BYTE m_bDLL;
+
+private:
+    HANDLE volatile m_hActCtx = INVALID_HANDLE_VALUE; // owned
+    SRWLOCK m_lock = SRWLOCK_INIT;                    // guards the list of windows
+    CWnd* m_pFirstWnd = nullptr;
+};
+
+// The state of the module that this call is compiled into.
+AFX_MODULE_STATE* AfxGetStaticModuleState() noexcept;
+
+// The state that is current when a thread has set none.
+AFX_MODULE_STATE* AfxGetDefaultModuleState() noexcept;
+
+// The state that is current on the calling thread.
+AFX_MODULE_STATE* AfxGetModuleState() noexcept;
+
+// Makes a state current on the calling thread (null: the default one) and returns the one before.
+AFX_MODULE_STATE* AfxSetModuleState(AFX_MODULE_STATE* pNewState);
+
+// Of the current module state.
+CWinApp* AfxGetApp();
+LPCSTR AfxGetAppName();
+HINSTANCE AfxGetInstanceHandle();
+HINSTANCE AfxGetResourceHandle();

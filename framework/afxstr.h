@@ -1,0 +1,6 @@
+// The string classes.
+#pragma once
+
+#include "CString.h"
+
+#include "CFixedString.h"

@@ -1,0 +1,20 @@
+#include "install/ChrcFile.h"
+
+#include "install/ChrcText.h"
+
+int WriteChrcFile(LPCTSTR pszPath, LPCTSTR pszFolder, BOOL bReportErrors)
+{
+    const CString strText = MakeChrcText(pszFolder);
+    CFile file;
+    CFileException exception;
+    if (!file.Open(pszPath, CFile::modeCreate | CFile::modeWrite | CFile::shareExclusive,
+                   &exception))
+    {
+        if (bReportErrors)
+            exception.ReportError();
+        return 0;
+    }
+    file.Write(strText.GetString(), static_cast<UINT>(strText.GetLength()));
+    file.Close();
+    return 1;
+}

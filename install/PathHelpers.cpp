@@ -1,0 +1,18 @@
+#include "install/PathHelpers.h"
+
+CString AddTrailingSeparator(CString strPath)
+{
+    if (strPath.IsEmpty())
+        return strPath;
+    const char chLast = strPath.GetAt(strPath.GetLength() - 1);
+    if (chLast != '\\' && chLast != '/')
+        strPath += '\\';
+    return strPath;
+}
+
+CString FileNamePart(CString strPath)
+{
+    const int nBackslash = strPath.ReverseFind('\\');
+    const int nSlash = strPath.ReverseFind('/');
+    return strPath.Mid((nBackslash > nSlash ? nBackslash : nSlash) + 1);
+}

@@ -1,0 +1,31 @@
+#include "frame/ExportGuard.h"
+#include "include/tarn.h"
+
+#include <afxdlgs.h>
+
+#include <cstring>
+
+namespace
+{
+bool HasText(const char* psz)
+{
+    return psz != NULL && *psz != '\0';
+}
+} // namespace
+
+extern "C" int DoFileOpenDialog(char* initialFolder, char* title, const char* filter,
+                                const char* defaultExtension, char* path)
+{
+    TARN_EXPORT_GUARD();
+    const CString strFileName(path);
+    CFileDialog dlg(TRUE, defaultExtension, strFileName, OFN_FILEMUSTEXIST, filter, NULL, 0);
+    if (HasText(initialFolder))
+        dlg.GetOFN().lpstrInitialDir = initialFolder;
+    if (HasText(title))
+        dlg.GetOFN().lpstrTitle = title;
+    if (dlg.DoModal() != IDOK)
+        return 0;
+    const CString strPath = dlg.GetPathName();
+    std::strcpy(path, strPath);
+    return 1;
+}

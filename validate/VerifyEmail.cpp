@@ -1,0 +1,24 @@
+#include "frame/ExportGuard.h"
+#include "include/tarn.h"
+#include "validate/EmailSyntax.h"
+
+#include <cstring>
+
+namespace
+{
+// Longer addresses go to the heap; no ordinary one does.
+constexpr int kOrdinaryAddressLength = 255;
+} // namespace
+
+extern "C" int VerifyEmail(char* address, int* errorPosition, char* message)
+{
+    TARN_EXPORT_GUARD();
+    CFixedStringT<CString, kOrdinaryAddressLength + 1> strAddress(address);
+    CFixedStringT<CString, TARN_EMAIL_MESSAGE_SIZE> strMessage;
+    const int nResult = CheckEmailSyntax(strAddress, errorPosition, strMessage);
+    // Trimmed, so never longer than what the caller gave.
+    std::strcpy(address, strAddress);
+    if (!strMessage.IsEmpty())
+        std::strcpy(message, strMessage);
+    return nResult != 0 ? 1 : 0;
+}
