@@ -35,6 +35,8 @@ InstallDir "$LOCALAPPDATA\Programs\Lakeside"
 RequestExecutionLevel user
 SetCompressor /SOLID lzma
 BrandingText "${NAME} ${VERSION}"
+ShowInstDetails nevershow ; the wait window would cover them
+ShowUninstDetails nevershow
 
 !include MUI2.nsh
 !include FileFunc.nsh
@@ -325,7 +327,8 @@ FunctionEnd
 ; Install page. Its callbacks run on the wizard's thread and the section on another: see tarn.nsh.
 
 Function OpenWaitWindow
-  ${Tarn_DoWaitDlgModless} $HWNDPARENT "${NAME} Setup" "Please wait while ${NAME} is being installed."
+  ShowWindow $HWNDPARENT ${SW_SHOW} ; with /PASSIVE this is the first page, and nothing is shown yet
+  ${Tarn_DoWaitDlgModless} $HWNDPARENT "Please wait" "${NAME} is being installed."
 FunctionEnd
 
 Function CloseWaitWindow
@@ -357,19 +360,8 @@ FunctionEnd
   ${Say} "copied ${FOLDER}${NAME}"
 !macroend
 
+; Not in a function: only the steps of a section move the progress bar.
 Section
-  Call InstallProduct
-  RMDir /r "$PLUGINSDIR\product"
-  ${If} $Failure == ""
-    ${Say} "Installed in $INSTDIR."
-  ${Else}
-    Call RemoveProduct
-    ${Say} "$Failure"
-    SetErrorLevel 4
-  ${EndIf}
-SectionEnd
-
-Function InstallProduct
   SetOutPath "$PLUGINSDIR\product"
   File /r "${PRODUCT_DIR}/tree/*"
   SetOutPath "$INSTDIR"
@@ -416,7 +408,18 @@ Function InstallProduct
   ${If} $Pause > 0
     Sleep $Pause
   ${EndIf}
-FunctionEnd
+SectionEnd
+
+Section
+  RMDir /r "$PLUGINSDIR\product"
+  ${If} $Failure == ""
+    ${Say} "Installed in $INSTDIR."
+  ${Else}
+    Call RemoveProduct
+    ${Say} "$Failure"
+    SetErrorLevel 4
+  ${EndIf}
+SectionEnd
 
 ;-------------------------------------------------------------------------------------------------
 ; Removal: exactly what was installed, so that a file of the user's (and the folder it lies in) stays
@@ -471,7 +474,7 @@ Function un.onUninstFailed
 FunctionEnd
 
 Function un.OpenWaitWindow
-  ${Tarn_DoWaitDlgModless} $HWNDPARENT "${NAME} Uninstall" "Please wait while ${NAME} is being removed."
+  ${Tarn_DoWaitDlgModless} $HWNDPARENT "Please wait" "${NAME} is being removed."
 FunctionEnd
 
 Function un.CloseWaitWindow
