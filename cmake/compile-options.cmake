@@ -1,0 +1,23 @@
+# tarn_options: how every source of the project is compiled.
+add_library(tarn_options INTERFACE)
+target_include_directories(tarn_options INTERFACE ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/include)
+
+if(WIN32)
+  target_compile_definitions(tarn_options INTERFACE WINVER=0x0601 _WIN32_WINNT=0x0601)
+endif()
+
+if(MSVC)
+  target_compile_options(tarn_options INTERFACE /W4 /WX)
+  return()
+endif()
+
+target_include_directories(tarn_options INTERFACE ${PROJECT_SOURCE_DIR}/framework)
+target_compile_options(tarn_options INTERFACE
+  -Werror -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wcast-qual
+  -Wcast-align -Wformat=2 -Wundef -Wnon-virtual-dtor -Woverloaded-virtual -Wextra-semi
+  -Wimplicit-fallthrough -Wdouble-promotion
+  -ffile-prefix-map=${PROJECT_SOURCE_DIR}=.)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  target_compile_options(tarn_options INTERFACE
+    -Wlogical-op -Wduplicated-cond -Wduplicated-branches -Wsuggest-override)
+endif()

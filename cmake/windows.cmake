@@ -1,0 +1,44 @@
+# Windows with GCC or Clang: tarn.dll, and tarn_core for programs that link the library statically.
+target_compile_options(tarn_options INTERFACE -ffunction-sections -fdata-sections -fno-ident)
+set(system_libraries advapi32 user32 kernel32)
+
+add_library(tarn_objects OBJECT
+  ${portable_framework_sources} ${portable_sources} ${framework_sources} ${library_sources})
+target_link_libraries(tarn_objects PRIVATE tarn_options)
+
+# Runs in the source folder, with relative names: the resource compiler's preprocessor takes no
+# include folder with a space in its path.
+function(tarn_compile_resource source object)
+  add_custom_command(
+    OUTPUT ${object}
+    COMMAND ${CMAKE_RC_COMPILER} -O coff -I . -i ${source} -o ${object}
+    ${ARGN}
+    DEPENDS ${source} ui/WaitDlg.rc ui/resource.h frame/tarn.manifest
+    WORKING_DIRECTORY ${PROJECT_SOURCE_DIR}
+    COMMENT "Compiling resource ${source}"
+    VERBATIM)
+endfunction()
+
+set(dll_resource ${PROJECT_BINARY_DIR}/tarn.res.o)
+tarn_compile_resource(frame/tarn.rc ${dll_resource})
+
+add_library(tarn SHARED
+  framework/DllModule.cpp frame/tarn.def ${dll_resource} $<TARGET_OBJECTS:tarn_objects>)
+add_library(tarn::tarn ALIAS tarn)
+set_target_properties(tarn PROPERTIES PREFIX "" IMPORT_PREFIX "lib")
+target_link_libraries(tarn PRIVATE tarn_options ${system_libraries})
+target_link_options(tarn PRIVATE
+  -s -static -static-libgcc -static-libstdc++
+  -Wl,--gc-sections,--no-insert-timestamp,--dynamicbase,--high-entropy-va,--nxcompat)
+target_include_directories(tarn INTERFACE ${PROJECT_SOURCE_DIR}/include)
+
+# An archive member is linked for the symbols it defines, and a compiled resource defines none: it
+# gets one, which framework/StaticModule.cpp refers to.
+set(core_resource ${PROJECT_BINARY_DIR}/core.res.o)
+tarn_compile_resource(frame/core.rc ${core_resource}
+  COMMAND ${CMAKE_OBJCOPY} --add-symbol tarn_core_resources=.rsrc:0,global ${core_resource})
+
+add_library(tarn_core STATIC
+  framework/StaticModule.cpp ${core_resource} $<TARGET_OBJECTS:tarn_objects>)
+add_library(tarn::core ALIAS tarn_core)
+target_link_libraries(tarn_core PRIVATE tarn_options PUBLIC ${system_libraries})

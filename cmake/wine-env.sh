@@ -1,0 +1,110 @@
+# shellcheck shell=bash
+# Sourced: Windows programs under Wine, in a prefix and on a display of the build's own.
+#
+# Before:  TARN_WINE_DIR, an absolute path: holds the prefix, the display's number and the logs.
+#          TARN_LOCALE, optional: decides the ANSI code page (en_US.UTF-8, the default, is 1252;
+#          ja_JP.UTF-8 is 932).
+# After:   Wine's environment is set, and
+#   wine_start   makes the prefix and starts display and server where they are missing, and sets
+#                DISPLAY; several processes may call it at once, any number of times
+#   wine_stop    ends every Windows program of this prefix, and the display
+
+: "${TARN_WINE_DIR:?}"
+export WINEPREFIX=$TARN_WINE_DIR/prefix
+export WINEARCH=win64 WINEDEBUG=${WINEDEBUG:--all}
+export WINEDLLOVERRIDES='mscoree,mshtml=;winemenubuilder.exe=d'
+export LC_ALL=${TARN_LOCALE:-en_US.UTF-8}
+export HOME=${HOME:-$TARN_WINE_DIR}
+unset WAYLAND_DISPLAY XAUTHORITY
+
+# Seconds that server and display outlive their last program. Starting them anew for each test takes
+# longer than the test; without wine_stop they still go by themselves.
+_wine_server_linger=30
+_wine_display_linger=300
+
+wine_start() {
+    mkdir -p "$TARN_WINE_DIR" || return
+    # Without the lock's descriptor: what stays running would hold the lock.
+    {
+        flock 9
+        _wine_display 9>&- && _wine_prefix 9>&-
+    } 9> "$TARN_WINE_DIR/lock"
+}
+
+wine_stop() {
+    [ ! -d "$WINEPREFIX" ] || wineserver -k 2> /dev/null || true
+    if _wine_display_runs; then
+        kill "$(cat "$TARN_WINE_DIR/display.pid")"
+    fi
+    rm -f "$TARN_WINE_DIR/display.pid" "$TARN_WINE_DIR/display"
+}
+
+# The number of a display that is gone may belong to another process by now: ours carries the folder
+# in its command line.
+_wine_display_runs() {
+    local pid
+    pid=$(cat "$TARN_WINE_DIR/display.pid" 2> /dev/null) &&
+        tr '\0' '\n' 2> /dev/null < "/proc/$pid/cmdline" | grep -qxF -- "$TARN_WINE_DIR"
+} 2> /dev/null
+
+_wine_display() {
+    local i
+    if ! _wine_display_runs; then
+        rm -f "$TARN_WINE_DIR/display"
+        # -I: what follows is ignored, see above.
+        setsid Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp \
+            -terminate "$_wine_display_linger" -I "$TARN_WINE_DIR" \
+            3> "$TARN_WINE_DIR/display" < /dev/null &> "$TARN_WINE_DIR/display.log" &
+        echo $! > "$TARN_WINE_DIR/display.pid"
+        disown
+    fi
+    for ((i = 0; i < 300; i++)); do
+        if [ -s "$TARN_WINE_DIR/display" ]; then
+            DISPLAY=:$(cat "$TARN_WINE_DIR/display")
+            export DISPLAY
+            return 0
+        fi
+        sleep 0.1
+    done
+    echo "wine-env.sh: no display: $(tail -n 3 "$TARN_WINE_DIR/display.log")" >&2
+    return 1
+}
+
+_wine_settings() {
+    cat << 'EOF'
+REGEDIT4
+
+; Without a window manager, hiding a top-level window waits for one; in a virtual desktop it does not.
+[HKEY_CURRENT_USER\Software\Wine\Explorer]
+"Desktop"="Default"
+
+[HKEY_CURRENT_USER\Software\Wine\Explorer\Desktops]
+"Default"="1024x768"
+
+[HKEY_CURRENT_USER\Software\Wine\WineDbg]
+"ShowCrashDialog"=dword:00000000
+
+; Windows always has this key.
+[HKEY_CURRENT_USER\Software\Microsoft\Windows\CurrentVersion\RunOnce]
+EOF
+}
+
+# The stamp is written last: a prefix without it is half made, one with another was made otherwise.
+_wine_prefix() {
+    local stamp
+    stamp=$(wine --version; id -u; _wine_settings)
+    if [ "$(cat "$TARN_WINE_DIR/stamp" 2> /dev/null)" != "$stamp" ]; then
+        [ ! -d "$WINEPREFIX" ] || wineserver -k 2> /dev/null || true
+        rm -rf "$WINEPREFIX" "$TARN_WINE_DIR/stamp"
+        mkdir -p "$WINEPREFIX"
+        _wine_settings > "$TARN_WINE_DIR/settings.reg"
+        if ! { wine wineboot --init && wine regedit /S "$TARN_WINE_DIR/settings.reg" &&
+            wineserver -w; } < /dev/null &> "$TARN_WINE_DIR/prefix.log"; then
+            echo "wine-env.sh: cannot make a Wine prefix: $(tail -n 3 "$TARN_WINE_DIR/prefix.log")" >&2
+            return 1
+        fi
+        printf '%s\n' "$stamp" > "$TARN_WINE_DIR/stamp"
+    fi
+    # Fails when one is running, which is as good.
+    wineserver "-p$_wine_server_linger" < /dev/null &> "$TARN_WINE_DIR/server.log" || true
+}
