@@ -19,5 +19,5 @@ target_compile_options(tarn_options INTERFACE
   -ffile-prefix-map=${PROJECT_SOURCE_DIR}=.)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   target_compile_options(tarn_options INTERFACE
-    -Wlogical-op -Wduplicated-cond -Wduplicated-branches -Wsuggest-override)
+    -Wlogical-op -Wduplicated-cond -Wduplicated-branches)
 endif()

@@ -23,7 +23,8 @@ set(dll_resource ${PROJECT_BINARY_DIR}/tarn.res.o)
 tarn_compile_resource(frame/tarn.rc ${dll_resource})
 
 add_library(tarn SHARED
-  framework/DllModule.cpp frame/tarn.def ${dll_resource} $<TARGET_OBJECTS:tarn_objects>)
+  framework/DllModule.cpp framework/ExceptionRuntime.cpp frame/tarn.def ${dll_resource}
+  $<TARGET_OBJECTS:tarn_objects>)
 add_library(tarn::tarn ALIAS tarn)
 set_target_properties(tarn PROPERTIES PREFIX "" IMPORT_PREFIX "lib")
 target_link_libraries(tarn PRIVATE tarn_options ${system_libraries})
