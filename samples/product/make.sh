@@ -34,14 +34,17 @@ bytes 40961 2 > "$tree/embedch/dl/shapes.dl"
 {
     echo '; Made by make.sh: the folders and files of the sample product.'
     echo '!macro ForEachFolder ACTION'
+    # shellcheck disable=SC2016 # the dollar is the script's
     (cd "$tree" && find . -mindepth 1 -type d | LC_ALL=C sort) |
         sed -e 's:^\./::' -e 's:/:\\:g' -e 's:.*:  !insertmacro ${ACTION} "&":'
     echo '!macroend'
     echo '!macro ForEachFolderBackwards ACTION'
+    # shellcheck disable=SC2016 # the dollar is the script's
     (cd "$tree" && find . -mindepth 1 -type d | LC_ALL=C sort -r) |
         sed -e 's:^\./::' -e 's:/:\\:g' -e 's:.*:  !insertmacro ${ACTION} "&":'
     echo '!macroend'
     echo '!macro ForEachFile ACTION'
+    # shellcheck disable=SC2016 # the dollar is the script's
     (cd "$tree" && find . -type f | LC_ALL=C sort) |
         sed -e 's:^\./::' -e 's:/:\\:g' \
             -e 's:^\(.*\\\)\([^\\]*\)$:  !insertmacro ${ACTION} "\1" "\2":' \

@@ -227,24 +227,30 @@ Function EmailPage
   Pop $0
   ${NSD_CreateText} 0 45u 55% 13u "$Email"
   Pop $EmailField
-  ${NSD_CreateLabel} 57% 45u 43% 40u ""
+  ${NSD_OnChange} $EmailField EmailChanged
+  ${NSD_CreateLabel} 57% 47u 43% 40u ""
   Pop $EmailMessage
   SetCtlColors $EmailMessage C00000 transparent
   ${NSD_SetFocus} $EmailField
   nsDialogs::Show
 FunctionEnd
 
+; A message about the text as it was would be wrong by now.
+Function EmailChanged
+  Pop $0
+  ${NSD_SetText} $EmailMessage ""
+FunctionEnd
+
 Function EmailPageLeave
   ${NSD_GetText} $EmailField $Email
   ${Tarn_VerifyEmail} $0 $1 $2 $Email "$Email"
-  ${NSD_SetText} $EmailField "$Email"
   ${If} $0 = 1
-    ${NSD_SetText} $EmailMessage ""
     Return
   ${EndIf}
   ${If} $2 == ""
     StrCpy $2 "Please enter an address."
   ${EndIf}
+  ${NSD_SetText} $EmailField "$Email"
   ${NSD_SetText} $EmailMessage "$2"
   Call CaretOfFault
   ${NSD_SetFocus} $EmailField
