@@ -34,12 +34,23 @@ bool IsSpace(char ch)
     return ch == ' ' || (ch >= '\t' && ch <= '\r');
 }
 
-// First match of a sub-string that starts on a whole character, or null.
+// Whether a match at p, which starts on a whole character, ends on one, too: the sub-string may end
+// in the first half of a character that goes on behind it.
+bool EndsWhole(const char* p, const char* pEnd, int cbSub)
+{
+    const char* const pMatchEnd = p + cbSub;
+    while (p < pMatchEnd)
+        p += AfxCharLength(p, pEnd);
+    return p == pMatchEnd;
+}
+
+// First match of a sub-string in whole characters, or null.
 const char* FindText(const char* p, const char* pEnd, const char* pszSub, int cbSub)
 {
     while (pEnd - p >= cbSub)
     {
-        if (std::memcmp(p, pszSub, static_cast<std::size_t>(cbSub)) == 0)
+        if (std::memcmp(p, pszSub, static_cast<std::size_t>(cbSub)) == 0 &&
+            EndsWhole(p, pEnd, cbSub))
             return p;
         if (p == pEnd)
             break;
@@ -301,7 +312,7 @@ int CString::Find(char ch, int iStart) const noexcept
     const char* const pEnd = m_pszData + GetLength();
     for (const char* p = m_pszData + iStart; p < pEnd; p += AfxCharLength(p, pEnd))
     {
-        if (*p == ch)
+        if (*p == ch && AfxCharLength(p, pEnd) == 1)
             return static_cast<int>(p - m_pszData);
     }
     return -1;
@@ -342,6 +353,8 @@ int CString::Replace(char chOld, char chNew)
 
 int CString::Replace(LPCSTR pszOld, LPCSTR pszNew)
 {
+    if (pszNew == nullptr)
+        pszNew = "";
     const int cbOld = TextLength(pszOld);
     const int cbNew = TextLength(pszNew);
     if (cbOld == 0)
