@@ -16,7 +16,7 @@ target_compile_options(tarn_options INTERFACE
   -Werror -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wcast-qual
   -Wcast-align -Wformat=2 -Wundef -Wnon-virtual-dtor -Woverloaded-virtual -Wextra-semi
   -Wimplicit-fallthrough -Wdouble-promotion
-  -ffile-prefix-map=${PROJECT_SOURCE_DIR}=.)
+  -ffile-prefix-map=${PROJECT_SOURCE_DIR}=. -ffile-prefix-map=${PROJECT_BINARY_DIR}=./build)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   target_compile_options(tarn_options INTERFACE
     -Wlogical-op -Wduplicated-cond -Wduplicated-branches)

@@ -29,9 +29,19 @@ add_library(tarn::tarn ALIAS tarn)
 set_target_properties(tarn PROPERTIES PREFIX "" IMPORT_PREFIX "lib")
 target_link_libraries(tarn PRIVATE tarn_options ${system_libraries})
 target_link_options(tarn PRIVATE
-  -s -static -static-libgcc -static-libstdc++
-  -Wl,--gc-sections,--no-insert-timestamp,--dynamicbase,--high-entropy-va,--nxcompat)
+  -static -static-libgcc -static-libstdc++
+  -Wl,--gc-sections,--no-insert-timestamp,--dynamicbase,--high-entropy-va,--nxcompat
+  # The default is a hash of the path that the linker is given.
+  -Wl,--disable-auto-image-base)
 target_include_directories(tarn INTERFACE ${PROJECT_SOURCE_DIR}/include)
+# The symbols go to a file of their own, which the library names for debuggers. -p keeps the current
+# time out of the headers.
+add_custom_command(TARGET tarn POST_BUILD
+  COMMAND ${CMAKE_OBJCOPY} -p --only-keep-debug tarn.dll tarn.dll.debug
+  COMMAND ${CMAKE_OBJCOPY} -p --strip-all --add-gnu-debuglink=tarn.dll.debug tarn.dll
+  BYPRODUCTS ${PROJECT_BINARY_DIR}/bin/tarn.dll.debug
+  WORKING_DIRECTORY $<TARGET_FILE_DIR:tarn>
+  VERBATIM)
 
 # An archive member is linked for the symbols it defines, and a compiled resource defines none: it
 # gets one, which framework/StaticModule.cpp refers to.

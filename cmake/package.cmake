@@ -1,0 +1,58 @@
+# The kit: what "cmake --install" copies, and the same as a zip with "cpack".
+include(CMakePackageConfigHelpers)
+
+set(kit_name ${PROJECT_NAME}-${PROJECT_VERSION}-win64)
+
+# Visual C++ wants the short form of an import library, which the GNU tools do not make.
+find_program(TARN_LLVM_DLLTOOL NAMES llvm-dlltool llvm-dlltool-14)
+set(msvc_library ${PROJECT_BINARY_DIR}/lib/tarn.lib)
+add_custom_target(tarn_kit DEPENDS tarn)
+if(TARN_LLVM_DLLTOOL)
+  add_custom_command(
+    OUTPUT ${msvc_library}
+    COMMAND ${TARN_LLVM_DLLTOOL} -m i386:x86-64 -d frame/tarn.def -l ${msvc_library}
+    DEPENDS frame/tarn.def
+    WORKING_DIRECTORY ${PROJECT_SOURCE_DIR}
+    COMMENT "Making the import library for Visual C++"
+    VERBATIM)
+  add_custom_target(tarn_msvc_library ALL DEPENDS ${msvc_library})
+  add_dependencies(tarn_kit tarn_msvc_library)
+else()
+  install(CODE [[message(FATAL_ERROR "The kit needs llvm-dlltool (Debian package llvm); "
+                                     "install it and configure again.")]])
+endif()
+
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/TarnConfigVersion.cmake
+  COMPATIBILITY SameMajorVersion)
+configure_package_config_file(cmake/TarnConfig.cmake.in ${PROJECT_BINARY_DIR}/TarnConfig.cmake
+  INSTALL_DESTINATION lib/cmake/Tarn
+  NO_CHECK_REQUIRED_COMPONENTS_MACRO)
+
+# The umask of whoever builds is no part of the kit.
+set(CMAKE_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
+    OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+
+install(TARGETS tarn RUNTIME DESTINATION bin ARCHIVE DESTINATION lib)
+install(SCRIPT cmake/sign.cmake)
+install(FILES ${PROJECT_BINARY_DIR}/bin/tarn.dll.debug DESTINATION bin)
+install(FILES include/tarn.h DESTINATION include)
+install(FILES ${msvc_library} DESTINATION lib)
+install(FILES
+  ${PROJECT_BINARY_DIR}/TarnConfig.cmake ${PROJECT_BINARY_DIR}/TarnConfigVersion.cmake
+  cmake/TarnTargets.cmake
+  DESTINATION lib/cmake/Tarn)
+install(FILES nsis/tarn.nsh DESTINATION nsis)
+install(FILES samples/c/CMakeLists.txt samples/c/setup.c DESTINATION samples/c)
+install(FILES samples/cpp/CMakeLists.txt samples/cpp/tarntool.cpp DESTINATION samples/cpp)
+install(FILES samples/nsis/minimal.nsi DESTINATION samples/nsis)
+install(FILES README.md CHANGELOG.md DESTINATION . OPTIONAL)
+install(DIRECTORY docs DESTINATION . OPTIONAL)
+
+set(CPACK_GENERATOR ZIP)
+set(CPACK_PACKAGE_FILE_NAME ${kit_name})
+set(CPACK_PACKAGE_DIRECTORY ${PROJECT_BINARY_DIR})
+set(CPACK_PROJECT_CONFIG_FILE ${PROJECT_SOURCE_DIR}/cmake/pack-config.cmake)
+set(CPACK_POST_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/cmake/pack-again.cmake)
+set(CPACK_PACKAGE_CHECKSUM SHA256)
+set(CPACK_VERBATIM_VARIABLES ON)
+include(CPack)

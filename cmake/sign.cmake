@@ -1,0 +1,36 @@
+# Run by "cmake --install" and cpack: signs the installed tarn.dll (Authenticode), if the environment
+# names a certificate:
+#
+#   TARN_SIGN_PFX                     certificate and key in one file (PKCS #12), or
+#   TARN_SIGN_CERT, TARN_SIGN_KEY     one file each (PEM)
+#   TARN_SIGN_PASSWORD_FILE           optional: the file that holds the key's password
+#   TARN_SIGN_TIMESTAMP_URL           optional: a time stamping service (RFC 3161)
+if("$ENV{TARN_SIGN_PFX}$ENV{TARN_SIGN_CERT}$ENV{TARN_SIGN_KEY}" STREQUAL "")
+  return()
+endif()
+
+if(NOT "$ENV{TARN_SIGN_PFX}" STREQUAL "")
+  set(arguments -pkcs12 $ENV{TARN_SIGN_PFX})
+elseif("$ENV{TARN_SIGN_CERT}" STREQUAL "" OR "$ENV{TARN_SIGN_KEY}" STREQUAL "")
+  message(FATAL_ERROR "Signing needs both TARN_SIGN_CERT and TARN_SIGN_KEY, or TARN_SIGN_PFX.")
+else()
+  set(arguments -certs $ENV{TARN_SIGN_CERT} -key $ENV{TARN_SIGN_KEY})
+endif()
+if(NOT "$ENV{TARN_SIGN_PASSWORD_FILE}" STREQUAL "")
+  list(APPEND arguments -readpass $ENV{TARN_SIGN_PASSWORD_FILE})
+endif()
+if(NOT "$ENV{TARN_SIGN_TIMESTAMP_URL}" STREQUAL "")
+  list(APPEND arguments -ts $ENV{TARN_SIGN_TIMESTAMP_URL})
+endif()
+
+set(library $ENV{DESTDIR}${CMAKE_INSTALL_PREFIX}/bin/tarn.dll)
+message(STATUS "Signing: ${library}")
+file(REMOVE ${library}.signed)
+execute_process(
+  COMMAND osslsigncode sign ${arguments} -h sha256 -in ${library} -out ${library}.signed
+  RESULT_VARIABLE failed OUTPUT_VARIABLE output ERROR_VARIABLE output)
+if(failed)
+  file(REMOVE ${library}.signed)
+  message(FATAL_ERROR "Cannot sign tarn.dll with osslsigncode (${failed}):\n${output}")
+endif()
+file(RENAME ${library}.signed ${library})
