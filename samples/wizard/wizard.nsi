@@ -62,9 +62,11 @@ Var LicenceMessage
 !define MUI_ICON "${NSISDIR}\Contrib\Graphics\Icons\orange-install.ico"
 !define MUI_UNICON "${NSISDIR}\Contrib\Graphics\Icons\orange-uninstall.ico"
 !define MUI_WELCOMEFINISHPAGE_BITMAP "${NSISDIR}\Contrib\Graphics\Wizard\orange.bmp"
+!define MUI_UNWELCOMEFINISHPAGE_BITMAP "${NSISDIR}\Contrib\Graphics\Wizard\orange-uninstall.bmp"
 !define MUI_HEADERIMAGE
 !define MUI_HEADERIMAGE_RIGHT
 !define MUI_HEADERIMAGE_BITMAP "${NSISDIR}\Contrib\Graphics\Header\orange-r.bmp"
+!define MUI_HEADERIMAGE_UNBITMAP "${NSISDIR}\Contrib\Graphics\Header\orange-uninstall-r.bmp"
 !define MUI_ABORTWARNING
 
 !define MUI_PAGE_CUSTOMFUNCTION_PRE SkipWhenUnattended
@@ -230,7 +232,7 @@ Function EmailPage
   ${NSD_OnChange} $EmailField EmailChanged
   ${NSD_CreateLabel} 57% 47u 43% 40u ""
   Pop $EmailMessage
-  SetCtlColors $EmailMessage C00000 transparent
+  SetCtlColors $EmailMessage C00000 SYSCLR:15 ; not "transparent": the text before would shine through
   ${NSD_SetFocus} $EmailField
   nsDialogs::Show
 FunctionEnd
@@ -298,12 +300,13 @@ Function LicencePage
   Pop $0
   ${NSD_CreateText} 0 45u 78% 13u "$Licence"
   Pop $LicenceField
+  ${NSD_OnChange} $LicenceField LicenceChanged
   ${NSD_CreateButton} 81% 44u 19% 15u "B&rowse..."
   Pop $0
   ${NSD_OnClick} $0 BrowseForLicence
   ${NSD_CreateLabel} 0 63u 100% 20u ""
   Pop $LicenceMessage
-  SetCtlColors $LicenceMessage C00000 transparent
+  SetCtlColors $LicenceMessage C00000 SYSCLR:15
   ${NSD_SetFocus} $LicenceField
   nsDialogs::Show
 FunctionEnd
@@ -314,8 +317,12 @@ Function BrowseForLicence
   ${Tarn_DoFileOpenDialog} $1 $2 "$DOCUMENTS" "Choose the licence file" "Licence files (*.lic)|*.lic|All files (*.*)|*.*||" "lic" "$0"
   ${If} $1 = 1
     ${NSD_SetText} $LicenceField "$2"
-    ${NSD_SetText} $LicenceMessage ""
   ${EndIf}
+FunctionEnd
+
+Function LicenceChanged
+  Pop $0
+  ${NSD_SetText} $LicenceMessage ""
 FunctionEnd
 
 Function LicencePageLeave
