@@ -1,0 +1,147 @@
+#!/bin/bash
+# agreement.sh SOURCE_DIR - README and docs say what the sources say:
+#
+#   - a page for each export, with the same sections, the declaration of tarn.h to the letter, its first
+#     sentence, every parameter, and examples in C and NSIS;
+#   - sizes: every "TARN_X (n)" has the value of tarn.h, and a page that has a buffer names its constant;
+#   - the messages of the address check stand on its page as they stand in the source;
+#   - macros of tarn.nsh, commands of dev, files and folders that the text names are there;
+#   - links lead to files, and to headings where they name one.
+set -u
+cd "$1" || exit 2
+failures=0
+
+fail() {
+    printf 'FAILED  %s\n' "$*"
+    failures=$((failures + 1))
+}
+
+# Text outside the fences of code blocks.
+prose() { awk '/^```/ { inside = !inside; next } !inside' "$1"; }
+
+# The lines of one line each, spaces single, marks of Markdown gone.
+flat() { tr '\n' ' ' | tr -s ' ' | tr -d '`*'; }
+
+# prototype NAME - from tarn.h, as it stands.
+prototype() {
+    awk -v name="$1" '$0 ~ "^int " name "\\(" { on = 1 } on { print } on && /;$/ { exit }' include/tarn.h
+}
+
+# comment NAME - the comment before the prototype, without its stars.
+comment() {
+    awk -v name="$1" '
+        /^\/\*/ { text = "" }
+        { line = $0; sub(/^ ?\/?\*+\/? ?/, "", line); if (line ~ /^[^#]/ || line == "") text = text line "\n" }
+        $0 ~ "^int " name "\\(" { printf "%s", text; exit }' include/tarn.h
+}
+
+sections='Declaration
+Parameters
+Result
+Buffers
+Errors
+Threads
+Worth knowing
+Example in C
+Example in NSIS'
+
+exports=$(sed -n 's/^ *\([A-Za-z_]*\)$/\1/p' frame/tarn.def | grep -vx EXPORTS)
+[ "$(wc -w <<< "$exports")" = 7 ] || fail "frame/tarn.def: seven exports expected, found: $exports"
+
+for name in $exports; do
+    page=docs/$name.md
+    [ -f "$page" ] || { fail "there is no $page"; continue; }
+    declared=$(prototype "$name")
+    [ -n "$declared" ] || { fail "include/tarn.h does not declare $name"; continue; }
+
+    [ "$(head -n 1 "$page")" = "# $name" ] || fail "$page: the title is not the function's name"
+    [ "$(sed -n 's/^## //p' "$page")" = "$sections" ] || fail "$page: the sections are not the usual ones"
+    grep -qF "($page)" README.md || fail "README.md has no link to $page"
+
+    first_block=$(awk '/^```/ { if (inside) exit; inside = 1; next } inside' "$page")
+    [ "$first_block" = "$declared" ] || fail "$page: the declaration is not that of include/tarn.h"
+
+    sentence=$(comment "$name" | flat | sed 's/^ *//; s/\([.:]\) .*/\1/')
+    [ ${#sentence} -gt 20 ] || fail "include/tarn.h: no first sentence for $name"
+    prose "$page" | flat | grep -qF -- "${sentence%[.:]}" ||
+        fail "$page does not say what include/tarn.h begins with: $sentence"
+
+    parameters=$(tr '\n' ' ' <<< "$declared" | sed 's/^[^(]*(//; s/).*//; s/\bvoid\b//' | tr ',' '\n' |
+        sed 's/^.*[ *]\([A-Za-z]\+\) *$/\1/' | grep '[a-z]')
+    # shellcheck disable=SC2016 # these are Markdown's back quotes
+    documented=$(sed -n '/^## Parameters/,/^## Result/s/^| `\([A-Za-z]*\)` .*/\1/p' "$page")
+    [ "$parameters" = "$documented" ] || fail "$page: the parameters are not those of include/tarn.h"
+
+    for kind in c nsis; do
+        sed -n "/^## Example/,\$p" "$page" | grep -qx "\`\`\`$kind" || fail "$page has no example in $kind"
+    done
+done
+
+# Sizes
+while read -r name value; do
+    grep -rhoE "\`?$name\`? \([-0-9]+\)" README.md docs | grep -vF "($value)" &&
+        fail "$name is $value in include/tarn.h"
+done < <(sed -n 's/^#define \(TARN_[A-Z_]*\) (\{0,1\}\([-0-9]\{1,\}\))\{0,1\}$/\1 \2/p' include/tarn.h)
+for pair in VerifyEmail:TARN_EMAIL_MESSAGE_SIZE DoFileOpenDialog:TARN_OPEN_PATH_SIZE; do
+    sed -n '/^## Buffers/,/^## Errors/p' "docs/${pair%:*}.md" | grep -qE "\`${pair#*:}\` \([0-9]+\)" ||
+        fail "docs/${pair%:*}.md: Buffers does not name ${pair#*:} and its value"
+done
+while read -r name; do
+    grep -qw "$name" include/tarn.h || fail "include/tarn.h has no $name"
+done < <(grep -rhoE '\bTARN_(EMAIL|NO|OPEN)[A-Z_]*' README.md docs nsis | sort -u)
+
+# Messages
+messages=$(grep -oE '"([^"\\]|\\")*"' validate/EmailSyntax.cpp | grep ' ' | sed 's/^"//; s/"$//; s/\\"/"/g')
+[ "$(grep -c . <<< "$messages")" -ge 6 ] || fail 'validate/EmailSyntax.cpp: the messages are not found'
+while IFS= read -r message; do
+    grep -qF "| \`$message\` |" docs/VerifyEmail.md || fail "docs/VerifyEmail.md lacks the message '$message'"
+done <<< "$messages"
+
+# Macros and commands
+while read -r macro; do
+    grep -q "^!define $macro " nsis/tarn.nsh || fail "nsis/tarn.nsh has no \${$macro}"
+done < <(grep -rhoE '\$\{Tarn_[A-Za-z]+\}' README.md CONTRIBUTING.md docs | tr -d "\${}" | sort -u)
+while read -r command; do
+    [ "$command" = help ] || grep -q "^cmd_$command()" dev || fail "there is no ./dev $command"
+done < <(grep -hoE '\./dev [a-z]+' README.md CONTRIBUTING.md CHANGELOG.md docs/*.md | cut -d' ' -f2 | sort -u)
+while read -r command; do
+    grep -q "\`\./dev $command" CONTRIBUTING.md || fail "CONTRIBUTING.md does not name ./dev $command"
+done < <(sed -n 's/^cmd_\([a-z]*\)().*/\1/p' dev)
+
+# Files and folders of the source tree, by their first part
+top=$(git ls-files 2> /dev/null | sed -n 's/\/.*//p' | sort -u | grep -v '^\.' | paste -sd'|')
+: "${top:=docs|include|frame|framework|install|ui|validate|nsis|tests|samples|cmake}"
+while IFS=: read -r page path; do
+    [ -e "$path" ] || fail "$page names $path, which is not there"
+done < <(for page in README.md CONTRIBUTING.md CHANGELOG.md docs/*.md; do
+    prose "$page" | grep -oE "\`($top)/[A-Za-z0-9_./-]*\`" | tr -d '`' | sort -u | sed "s|^|$page:|"
+done)
+
+# anchors PAGE - the headings as links name them.
+anchors() {
+    prose "$1" | sed -n 's/^##* //p' | tr '[:upper:]' '[:lower:]' | sed 's/[^a-z0-9 _-]//g; s/ /-/g'
+}
+
+# Links
+for page in README.md CONTRIBUTING.md CHANGELOG.md docs/*.md; do
+    while read -r link; do
+        case $link in
+        https://*) continue ;;
+        esac
+        file=${link%%#*}
+        file=${file:+$(dirname "$page")/$file}
+        file=${file:-$page}
+        if [ ! -e "$file" ]; then
+            fail "$page: the link to $link leads nowhere"
+        elif [[ $link == *'#'* ]] && ! anchors "$file" | grep -qxF "${link#*#}"; then
+            fail "$page: $file has no heading ${link#*#}"
+        fi
+    done < <(prose "$page" | grep -oE '\]\([^) ]+\)' | sed 's/^](//; s/)$//')
+done
+
+# Every page can be found from README or from a page that README leads to.
+for page in docs/*.md; do
+    grep -qF "(${page})" README.md || grep -qF "(${page#docs/})" docs/*.md || fail "no page leads to $page"
+done
+
+[ $failures = 0 ] && echo 'README, docs and sources agree.'
