@@ -1,13 +1,37 @@
 #include "CDialog.h"
 
 #include "CException.h"
-#include "ModuleState.h"
+#include "MaintainState.h"
 
 BEGIN_MESSAGE_MAP(CDialog, CWnd)
 END_MESSAGE_MAP()
 
+namespace
+{
+// The process's own activation context, while a dialog's window and controls are made: they are to
+// look like the windows of the program around them, and a line of text is no reason to load another
+// version of the controls.
+class ProcessActCtx
+{
+public:
+    ProcessActCtx() noexcept : m_bActive(::ActivateActCtx(nullptr, &m_nCookie)) {}
+    ~ProcessActCtx()
+    {
+        if (m_bActive)
+            AfxDeactivateActCtx(0, m_nCookie);
+    }
+    ProcessActCtx(const ProcessActCtx&) = delete;
+    ProcessActCtx& operator=(const ProcessActCtx&) = delete;
+
+private:
+    ULONG_PTR m_nCookie = 0;
+    BOOL m_bActive;
+};
+} // namespace
+
 BOOL CDialog::Create(UINT nIDTemplate, CWnd* pParentWnd)
 {
+    const ProcessActCtx context;
     HWND const hWndParent = pParentWnd != nullptr ? pParentWnd->GetSafeHwnd() : nullptr;
     return ::CreateDialogParamA(AfxGetResourceHandle(), MAKEINTRESOURCEA(nIDTemplate), hWndParent,
                                 &CDialog::DialogProc,
@@ -16,6 +40,7 @@ BOOL CDialog::Create(UINT nIDTemplate, CWnd* pParentWnd)
 
 INT_PTR CDialog::DoModal()
 {
+    const ProcessActCtx context;
     return ::DialogBoxParamA(AfxGetResourceHandle(), m_lpszTemplateName,
                              AfxGetSafeOwner(m_pParentWnd), &CDialog::DialogProc,
                              reinterpret_cast<LPARAM>(this));
@@ -61,6 +86,7 @@ INT_PTR CALLBACK CDialog::DialogProc(HWND hWnd, UINT message, WPARAM /*wParam*/,
     // The system calls this, and must not be unwound.
     try
     {
+        AFX_MANAGE_STATE(AfxGetModuleState());
         return pDialog->OnInitDialog();
     }
     catch (CException* pException)

@@ -23,7 +23,7 @@ private:
     struct Fixed
     {
         CStringData header{{CStringData::kUnshared}, 0, t_nChars};
-        char szText[t_nChars + 1] = "";
+        char szText[static_cast<unsigned int>(t_nChars) + 1] = "";
     };
     Fixed m_fixed;
 };

@@ -126,9 +126,11 @@ LRESULT CALLBACK AfxWndProc(HWND hWnd, UINT message, WPARAM wParam, LPARAM lPara
     catch (...) // NOLINT(bugprone-empty-catch): whatever it was, it ends here
     {
     }
+    // The last message of all. Nothing may be set in the window any more: the system would make room
+    // for it again, and never free it.
     if (message == WM_NCDESTROY)
     {
-        pWnd->Orphan();
+        pWnd->Detach();
         pWnd->PostNcDestroy();
     }
     return lResult;

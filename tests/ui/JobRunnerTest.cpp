@@ -1,0 +1,291 @@
+// RunJobWithWaitDlg and the dialog class behind it, on real windows and threads.
+#include "tests/support/WindowDriver.h"
+#include "ui/WaitDlgModless.h"
+
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <cstddef>
+
+using namespace window_driver;
+
+namespace
+{
+constexpr const char* kCaption = "Tarn job under test";
+constexpr int kWatchdogTicks = 100;
+
+void Tick(HWND hWnd, int nTicks)
+{
+    for (int i = 0; i < nTicks; ++i)
+        ::SendMessageA(hWnd, WM_TIMER, 333, 0);
+}
+
+LONGLONG ReturnArgument(void* pArg, HWND /*hWnd*/)
+{
+    return *static_cast<LONGLONG*>(pArg);
+}
+
+// A job that lasts until it is told to end, and tells how far it is.
+struct HeldJob
+{
+    HANDLE hStarted = ::CreateEventA(nullptr, TRUE, FALSE, nullptr);
+    HANDLE hMayEnd = ::CreateEventA(nullptr, TRUE, FALSE, nullptr);
+    HANDLE hThread = nullptr; // of the worker
+    HWND hWnd = nullptr;      // what the job was given
+    LONGLONG nResult = 0;
+
+    ~HeldJob()
+    {
+        ::CloseHandle(hStarted);
+        ::CloseHandle(hMayEnd);
+        if (hThread != nullptr)
+            ::CloseHandle(hThread);
+    }
+    bool WorkerHasEnded(DWORD nLimit) const
+    {
+        return ::WaitForSingleObject(hThread, nLimit) == WAIT_OBJECT_0;
+    }
+    static LONGLONG Run(void* pArg, HWND hWnd)
+    {
+        auto& job = *static_cast<HeldJob*>(pArg);
+        ::DuplicateHandle(::GetCurrentProcess(), ::GetCurrentThread(), ::GetCurrentProcess(),
+                          &job.hThread, 0, FALSE, DUPLICATE_SAME_ACCESS);
+        job.hWnd = hWnd;
+        ::SetEvent(job.hStarted);
+        ::WaitForSingleObject(job.hMayEnd, INFINITE);
+        return job.nResult;
+    }
+};
+
+// The dialog with its protected operations in reach.
+class OpenDialog : public CWaitDlgModless
+{
+public:
+    using CWaitDlgModless::OnCancel;
+    using CWaitDlgModless::OnInitDialog;
+    using CWaitDlgModless::OnJobDone;
+    using CWaitDlgModless::OnTimer;
+};
+} // namespace
+
+TEST(WaitJobBlock, IsFourWordsOfZero)
+{
+    const OpenDialog dlg;
+    EXPECT_EQ(sizeof(WaitJobBlock), 32U);
+    EXPECT_EQ(dlg.m_job.hWnd, nullptr);
+    EXPECT_EQ(dlg.m_job.pArg, nullptr);
+    EXPECT_EQ(dlg.m_job.nResult, 0);
+    EXPECT_EQ(dlg.m_job.pfnJob, nullptr);
+}
+
+TEST(WaitDialog, StartsEmptyAndWithoutAWindow)
+{
+    const OpenDialog dlg;
+    EXPECT_EQ(dlg.m_strMessage, "");
+    EXPECT_EQ(dlg.m_strTitle, "");
+    EXPECT_EQ(dlg.m_pThread, nullptr);
+    EXPECT_EQ(dlg.m_nTicks, 0);
+    EXPECT_EQ(dlg.m_nTimerID, 0U);
+    EXPECT_EQ(dlg.GetSafeHwnd(), nullptr);
+}
+
+TEST(WaitDialog, RemembersItsTimerAndItsWindowAndStartsNoWorkerWithoutAJob)
+{
+    OpenDialog dlg;
+    ASSERT_TRUE(dlg.Create(IDD_WAITDLG, nullptr));
+    EXPECT_EQ(dlg.m_nTimerID, 333U);
+    EXPECT_EQ(dlg.m_job.hWnd, dlg.GetSafeHwnd());
+    EXPECT_EQ(dlg.m_pThread, nullptr);
+    EXPECT_EQ(dlg.m_nTicks, 0);
+    Tick(dlg.GetSafeHwnd(), 3);
+    EXPECT_EQ(dlg.m_nTicks, 3);
+    dlg.DestroyWindow();
+    EXPECT_EQ(dlg.GetSafeHwnd(), nullptr);
+    EXPECT_EQ(dlg.m_nTicks, 3) << "never reset";
+}
+
+TEST(WaitDialog, HasAnIdleProcedureForABlockWithoutAJob)
+{
+    WaitJobBlock block = {};
+    block.hWnd = ::GetDesktopWindow();
+    EXPECT_EQ(WaitDlgThreadProc(&block), 0U);
+    EXPECT_EQ(block.nResult, 0);
+}
+
+TEST(WaitDialog, HasAWorkerProcedureThatStoresTheResultAndThenPosts)
+{
+    const HostWindow host(0, 0, 10, 10);
+    LONGLONG nValue = -7;
+    WaitJobBlock block = {host.Handle(), &nValue, 0, &ReturnArgument};
+    EXPECT_EQ(WaitDlgThreadProc(&block), 0U);
+    EXPECT_EQ(block.nResult, -7);
+    MSG msg = {};
+    ASSERT_TRUE(::PeekMessageA(&msg, host.Handle(), WM_WAITDLG_JOBDONE, WM_WAITDLG_JOBDONE,
+                               PM_REMOVE));
+    EXPECT_EQ(msg.wParam, 0U);
+    EXPECT_EQ(msg.lParam, 0);
+}
+
+TEST(WaitDialog, KeepsTheWorkersThreadObjectAliveAfterTheWorkersEnd)
+{
+    LONGLONG nValue = 5;
+    OpenDialog dlg;
+    dlg.m_job.pArg = &nValue;
+    dlg.m_job.pfnJob = &ReturnArgument;
+    ASSERT_TRUE(dlg.Create(IDD_WAITDLG, nullptr));
+    ASSERT_NE(dlg.m_pThread, nullptr);
+    ASSERT_EQ(::WaitForSingleObject(dlg.m_pThread->m_hThread, kLimitMilliseconds),
+              static_cast<DWORD>(WAIT_OBJECT_0));
+    EXPECT_FALSE(dlg.m_pThread->m_bAutoDelete);
+    EXPECT_EQ(dlg.m_job.nResult, 5);
+    HWND const hWnd = dlg.GetSafeHwnd();
+    EXPECT_TRUE(PumpUntil([hWnd] { return !::IsWindowVisible(hWnd); }));
+    Tick(hWnd, kWatchdogTicks); // the watchdog finds nothing to terminate
+    DWORD nExitCode = 1;
+    EXPECT_TRUE(::GetExitCodeThread(dlg.m_pThread->m_hThread, &nExitCode));
+    EXPECT_EQ(nExitCode, 0U);
+    dlg.DestroyWindow();
+}
+
+TEST(JobRunner, ReturnsTheResultOfAnImmediateJobInAll64Bits)
+{
+    for (LONGLONG nValue : {0LL, 1LL, -1LL, 0x123456789ABCDEFLL, LLONG_MAX, LLONG_MIN,
+                            0xFFFFFFFFLL, -0x100000000LL})
+        EXPECT_EQ(RunJobWithWaitDlg(&ReturnArgument, &nValue, "Working.", kCaption), nValue);
+}
+
+TEST(JobRunner, ShowsItsTextsAndGivesTheJobTheWindowAndTheArgument)
+{
+    HeldJob job;
+    job.nResult = 11;
+    DriverThread driver([&job] {
+        HWND const hWnd = WaitForTopLevel(kCaption);
+        ::WaitForSingleObject(job.hStarted, kLimitMilliseconds);
+        EXPECT_EQ(job.hWnd, hWnd);
+        EXPECT_EQ(TextOf(::GetDlgItem(hWnd, 14000)), "Working hard.");
+        EXPECT_TRUE(WaitFor([hWnd] { return ::IsWindowVisible(hWnd) != FALSE; }));
+        EXPECT_TRUE(SaveScreenshot("job-dialog"));
+        ::SetEvent(job.hMayEnd);
+    });
+    EXPECT_EQ(RunJobWithWaitDlg(&HeldJob::Run, &job, "Working hard.", kCaption), 11);
+    driver.Join();
+    EXPECT_EQ(FindTopLevel(kCaption), nullptr);
+}
+
+TEST(JobRunner, IgnoresEscapeAltF4AndTheCloseCommand)
+{
+    HeldJob job;
+    job.nResult = 12;
+    DriverThread driver([&job] {
+        HWND const hWnd = WaitForTopLevel(kCaption);
+        ::WaitForSingleObject(job.hStarted, kLimitMilliseconds);
+        PostKey(hWnd, VK_ESCAPE);
+        ::PostMessageA(hWnd, WM_SYSKEYDOWN, VK_F4, (1 << 29) | 1);
+        ::SendMessageA(hWnd, WM_CLOSE, 0, 0);
+        ::SendMessageA(hWnd, WM_COMMAND, IDCANCEL, 0);
+        Tick(hWnd, kWatchdogTicks - 1);
+        EXPECT_TRUE(::IsWindowVisible(hWnd));
+        ::SetEvent(job.hMayEnd);
+    });
+    EXPECT_EQ(RunJobWithWaitDlg(&HeldJob::Run, &job, "", kCaption), 12);
+}
+
+TEST(JobRunner, TerminatesAJobAtThe100thTickAndReturnsZero)
+{
+    HeldJob job;
+    job.nResult = 13;
+    DriverThread driver([&job] {
+        HWND const hWnd = WaitForTopLevel(kCaption);
+        ::WaitForSingleObject(job.hStarted, kLimitMilliseconds);
+        Tick(hWnd, kWatchdogTicks - 1);
+        EXPECT_FALSE(job.WorkerHasEnded(0));
+        Tick(hWnd, 1);
+    });
+    EXPECT_EQ(RunJobWithWaitDlg(&HeldJob::Run, &job, "", kCaption), 0);
+    EXPECT_TRUE(job.WorkerHasEnded(0)) << "gone when the call returns";
+    DWORD nExitCode = 1;
+    EXPECT_TRUE(::GetExitCodeThread(job.hThread, &nExitCode));
+    EXPECT_EQ(nExitCode, 0U);
+}
+
+TEST(JobRunner, ReturnsAtOnceOnEnterAndLetsTheJobFinishByItself)
+{
+    HeldJob job;
+    job.nResult = 14;
+    DriverThread driver([&job] {
+        HWND const hWnd = WaitForTopLevel(kCaption);
+        ::WaitForSingleObject(job.hStarted, kLimitMilliseconds);
+        PostKey(hWnd, VK_RETURN);
+    });
+    EXPECT_EQ(RunJobWithWaitDlg(&HeldJob::Run, &job, "", kCaption), 0);
+    driver.Join();
+    EXPECT_EQ(FindTopLevel(kCaption), nullptr);
+    EXPECT_FALSE(job.WorkerHasEnded(0)) << "neither stopped nor waited for";
+    // The next job does not mind, and neither does the late worker mind the next job.
+    LONGLONG nValue = 15;
+    EXPECT_EQ(RunJobWithWaitDlg(&ReturnArgument, &nValue, "", kCaption), 15);
+    ::SetEvent(job.hMayEnd);
+    EXPECT_TRUE(job.WorkerHasEnded(kLimitMilliseconds));
+    MSG msg = {};
+    EXPECT_FALSE(::PeekMessageA(&msg, nullptr, WM_WAITDLG_JOBDONE, WM_WAITDLG_JOBDONE, PM_NOREMOVE))
+        << "it posts to nobody";
+}
+
+TEST(JobRunner, ReturnsZeroAtThe100thTickWhenSomebodyElseTerminatedTheWorker)
+{
+    HeldJob job;
+    DriverThread driver([&job] {
+        HWND const hWnd = WaitForTopLevel(kCaption);
+        ::WaitForSingleObject(job.hStarted, kLimitMilliseconds);
+        ::TerminateThread(job.hThread, 99);
+        EXPECT_TRUE(job.WorkerHasEnded(kLimitMilliseconds));
+        Tick(hWnd, kWatchdogTicks);
+    });
+    EXPECT_EQ(RunJobWithWaitDlg(&HeldJob::Run, &job, "", kCaption), 0);
+    DWORD nExitCode = 0;
+    EXPECT_TRUE(::GetExitCodeThread(job.hThread, &nExitCode));
+    EXPECT_EQ(nExitCode, 99U) << "an ended thread is not terminated again";
+}
+
+TEST(JobRunner, WaitsWithoutAJobUntilTheWatchdogEndsIt)
+{
+    DriverThread driver([] { Tick(WaitForTopLevel(kCaption), kWatchdogTicks); });
+    EXPECT_EQ(RunJobWithWaitDlg(nullptr, nullptr, "", kCaption), 0);
+}
+
+TEST(JobRunner, SettlesTheRaceBetweenTheJobsEndAndThe100thTick)
+{
+    constexpr int kRounds = 300;
+    int nFinished = 0;
+    for (int i = 0; i < kRounds; ++i)
+    {
+        HeldJob job;
+        job.nResult = 1000 + i;
+        DriverThread driver([&job, i] {
+            HWND const hWnd = WaitForTopLevel(kCaption);
+            ::WaitForSingleObject(job.hStarted, kLimitMilliseconds);
+            Tick(hWnd, kWatchdogTicks - 1);
+            ::PostMessageA(hWnd, WM_TIMER, 333, 0);
+            for (volatile int nSpin = 0; nSpin < (i % 50) * 400;)
+                nSpin = nSpin + 1;
+            ::SetEvent(job.hMayEnd);
+        });
+        const LONGLONG nResult = RunJobWithWaitDlg(&HeldJob::Run, &job, "", kCaption);
+        driver.Join();
+        EXPECT_TRUE(nResult == 0 || nResult == job.nResult) << nResult;
+        EXPECT_TRUE(job.WorkerHasEnded(kLimitMilliseconds));
+        nFinished += nResult != 0 ? 1 : 0;
+    }
+    std::printf("of %d jobs, %d finished before the watchdog\n", kRounds, nFinished);
+}
+
+TEST(JobRunner, RunsOnSeveralThreadsAtOnce)
+{
+    const auto runSome = [] {
+        for (LONGLONG i = 0; i < 25; ++i)
+            EXPECT_EQ(RunJobWithWaitDlg(&ReturnArgument, &i, "", ""), i);
+    };
+    DriverThread first(runSome);
+    DriverThread second(runSome);
+    runSome();
+}
