@@ -1,0 +1,77 @@
+#!/bin/bash
+# Makes the zip, which the other tests of the kit unpack, and looks at what is in it.
+# shellcheck source=tests/package/lib.sh
+. "$(dirname "$0")/lib.sh"
+need_tools cpack unzip zipinfo gdb strings x86_64-w64-mingw32-objdump
+
+rm -rf "$zips"
+check 'cpack makes the zip' cpack --config "$build/CPackConfig.cmake" -B "$zips"
+rm -rf "$zips/_CPack_Packages"
+unpack_kit
+
+check 'its checksum is right' env -C "$zips" sha256sum --check --quiet "$kit_name.zip.sha256"
+check 'it holds one folder, named like the zip' same "$(ls -1 | grep -v '\.log$')" "$kit_name"
+
+# What documentation there is may grow by itself; everything else is listed here.
+check 'it holds exactly these files' same "$(cd "$kit" && find . -type f ! -path './docs/*' \
+    ! -name README.md ! -name CHANGELOG.md | LC_ALL=C sort)" "$(cat << 'EOF'
+./bin/tarn.dll
+./bin/tarn.dll.debug
+./include/tarn.h
+./lib/cmake/Tarn/TarnConfig.cmake
+./lib/cmake/Tarn/TarnConfigVersion.cmake
+./lib/cmake/Tarn/TarnTargets.cmake
+./lib/libtarn.dll.a
+./lib/tarn.lib
+./nsis/tarn.nsh
+./samples/c/CMakeLists.txt
+./samples/c/setup.c
+./samples/cpp/CMakeLists.txt
+./samples/cpp/tarntool.cpp
+./samples/nsis/minimal.nsi
+EOF
+)"
+documents() { (cd "$1" && find README.md CHANGELOG.md docs -type f 2> /dev/null | LC_ALL=C sort); }
+check 'it holds the documentation' same "$(documents "$kit")" "$(documents "$source_dir")"
+
+check 'cmake --install copies' cmake --install "$build" --prefix "$scratch/installed"
+find installed -type d -empty -delete # the zip holds files only
+check 'cmake --install and the zip are the same' diff -r "$kit" "$scratch/installed"
+
+if [ -z "$SOURCE_DATE_EPOCH" ] && commit_date=$(TZ=UTC git -C "$source_dir" log -1 --format=%cd \
+    --date=format-local:%Y%m%d.%H%M 2> /dev/null); then
+    check 'every file has the date of the commit' same \
+        "$(zipinfo -T "$zips/$kit_name.zip" | awk '/^-/ { print substr($7, 1, 13) }' | sort -u)" \
+        "$commit_date"
+fi
+
+# The library
+exports() {
+    x86_64-w64-mingw32-objdump -p "$1" | sed -n '/Ordinal\/Name Pointer/,/^$/s/.*\[ *[0-9]*\] *//p' | sort
+}
+check 'the library exports what the header declares' same "$(exports "$kit/bin/tarn.dll")" \
+    "$(sed -n 's/^int \([A-Za-z_]*\)(.*/\1/p' "$kit/include/tarn.h" | LC_ALL=C sort)"
+check 'the library holds no symbols' same \
+    "$(x86_64-w64-mingw32-objdump -t "$kit/bin/tarn.dll" | grep -c '^\[')" 0
+no_path() {
+    local path
+    for path in "$source_dir" "$build" /build/ /home/ /root/ /tmp/ /usr/; do
+        strings -a "$1" | grep -F "$path" && return 1
+    done
+    return 0
+}
+check 'the library holds no path of the machine that built it' no_path "$kit/bin/tarn.dll"
+no_own_path() { strings -a "$1" | grep -F -e "$source_dir" -e "$build" && return 1; return 0; }
+check 'nor do its symbols' no_own_path "$kit/bin/tarn.dll.debug"
+check 'nor does the CMake package' refuses grep -rF -e "$source_dir" -e "$build" "$kit/lib/cmake"
+
+# The symbols
+ask_gdb() { gdb -batch -nx -ex 'info line VerifyEmail' -ex 'ptype CString' "$1" > gdb.log 2>&1; }
+ask_gdb "$kit/bin/tarn.dll"
+check 'gdb finds the lines of a function' holds gdb.log 'validate/VerifyEmail.cpp'
+check 'gdb finds the types' holds gdb.log 'class CString'
+mkdir alone
+cp "$kit/bin/tarn.dll" alone
+ask_gdb alone/tarn.dll
+check 'the symbols are in their own file only' refuses holds gdb.log 'VerifyEmail.cpp'
+finish
