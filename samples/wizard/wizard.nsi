@@ -394,7 +394,21 @@ Section
     ${Say} "copied licence\$0"
   ${EndIf}
 
-  ${Tarn_WriteChConfigFile} $0 "$INSTDIR"
+  ; Where it cannot open its file, the library shows a message box: with nobody there to close it, an
+  ; unattended installation would never end.
+  StrCpy $0 1
+  ${If} $Unattended = 1
+    ClearErrors
+    FileOpen $1 "$INSTDIR\embedch\config\chrc" a
+    ${If} ${Errors}
+      StrCpy $0 0
+    ${Else}
+      FileClose $1
+    ${EndIf}
+  ${EndIf}
+  ${If} $0 = 1
+    ${Tarn_WriteChConfigFile} $0 "$INSTDIR"
+  ${EndIf}
   ${If} $0 != 1
     ${Fail} "The file $INSTDIR\embedch\config\chrc cannot be written."
   ${EndIf}

@@ -17,7 +17,8 @@ static BOOL CALLBACK PrintControl(HWND control, LPARAM focus)
     if (!IsWindowVisible(control))
         return TRUE;
     GetClassNameA(control, name, sizeof(name));
-    SendMessageTimeoutA(control, WM_GETTEXT, sizeof(text), (LPARAM)text, SMTO_ABORTIFHUNG, 2000, NULL);
+    SendMessageTimeoutA(control, WM_GETTEXT, sizeof(text), (LPARAM)text, SMTO_ABORTIFHUNG, 2000,
+                        NULL);
     if (strcmp(name, "Edit") == 0)
     {
         DWORD_PTR range = 0;
@@ -28,8 +29,8 @@ static BOOL CALLBACK PrintControl(HWND control, LPARAM focus)
         if (*c == '\r' || *c == '\n' || *c == '\t')
             *c = ' ';
     printf("control\t%s\t%d\t%s\t%s\t%s\t%s\n", name, GetDlgCtrlID(control),
-           IsWindowEnabled(control) ? "enabled" : "disabled", control == (HWND)focus ? "focus" : "-",
-           selection, text);
+           IsWindowEnabled(control) ? "enabled" : "disabled",
+           control == (HWND)focus ? "focus" : "-", selection, text);
     return TRUE;
 }
 
@@ -44,8 +45,8 @@ static BOOL CALLBACK PrintTopLevel(HWND window, LPARAM unused)
     GetClassNameA(window, name, sizeof(name));
     GetWindowRect(window, &rect);
     GetGUIThreadInfo(GetWindowThreadProcessId(window, NULL), &info);
-    printf("window\t%s\t%ld %ld %ld %ld\t%s\t%s\n", name, rect.left, rect.top, rect.right, rect.bottom,
-           GetForegroundWindow() == window ? "foreground" : "-", title);
+    printf("window\t%s\t%ld %ld %ld %ld\t%s\t%s\n", name, rect.left, rect.top, rect.right,
+           rect.bottom, GetForegroundWindow() == window ? "foreground" : "-", title);
     EnumChildWindows(window, PrintControl, (LPARAM)info.hwndFocus);
     return TRUE;
 }

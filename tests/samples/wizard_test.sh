@@ -6,17 +6,13 @@ set -u
 build=$(cd "$1" && pwd) || exit 2
 # shellcheck source=samples/lib.sh
 . "$(dirname "$0")/../../samples/lib.sh"
+# shellcheck source=tests/samples/probe.sh
+. "$(dirname "$0")/probe.sh"
 
 folder='C:\Lakeside (test)'
 screen=
 
-# A test program that tells what is on the screen; see there for its lines.
-make_probe() {
-    x86_64-w64-mingw32-gcc -Wall -Wextra -Werror -O1 -s -o "$out/probe.exe" \
-        "$(dirname "$0")/probe.c" || die "the probe cannot be built"
-}
-
-look() { screen=$(wine "$out/probe.exe" 2> /dev/null | tr -d '\r'); }
+look() { screen=$(probe); }
 
 # shows TEXT: some window or control on the screen has exactly this text.
 shows() { grep -q $'\t'"$(quote "$1")\$" <<< "$screen"; }

@@ -1,0 +1,110 @@
+#!/bin/bash
+# macros_test.sh BUILD_DIR - every macro of tarn.nsh, in an installer and in its uninstaller.
+set -u
+build=$(cd "$1" && pwd) || exit 2
+here=$(cd "$(dirname "$0")" && pwd)
+# shellcheck source=samples/lib.sh
+. "$here/../../samples/lib.sh"
+# shellcheck source=tests/samples/probe.sh
+. "$here/probe.sh"
+
+x86_dll=/usr/share/nsis/Plugins/x86-unicode/System.dll
+macros=$out/macros.exe
+
+compile() { # FILE OPTION...
+    local file=$1
+    shift
+    makensis -V2 -WX -DOUT_FILE="$file" "$@" "$here/macros.nsi"
+}
+
+expected() {
+    cat << 'EOF'
+before Tarn_Init: error
+before Tarn_Init: error -1 [] [user@example.com]
+before Tarn_Init: error []
+before Tarn_Init: error
+before Tarn_Init: error
+missing: The setup library is missing: there is no file C:\no such (folder)\tarn.dll. A virus scanner may have removed it.
+32-bit: The setup library cannot be used: C:\Macros\x86.dll is not a 64-bit Windows library.
+second Tarn_Init: []
+1 -1 [] [user.name@example.com]
+0 2 [invalid character in email.] [us er@example.com]
+0 9 [invalid character in email.] [user@exa mple.com]
+0 -1 [] []
+0 0 [invalid character in email.] ["quoted'@example.com]
+1 -1 [] 1000 characters
+copied: 1
+under its own name
+copied: 0
+chrc: 1
+queued: 1 "%SystemRoot%\it's.exe" `x` "a b"
+wait window: visible 1, afterwards 0
+after Tarn_Free: error
+again: 1
+kept: a0 a1 a2 a3 a4 a5 a6 a7 a8 a9 b9 bottom
+EOF
+}
+
+# compared NAME SAID: what the macros printed, line by line.
+compared() {
+    local line said
+    exec 3< <(expected) 4<<< "$2"
+    while read -r -u 3 line; do
+        read -r -u 4 said
+        check "$1" "$said" equal "$said" "$line"
+    done
+    check "$1" 'nothing else' fails read -r -u 4 said
+}
+
+calls() {
+    local said left
+    compile "$macros" -DTARN_DLL="$build/bin/tarn.dll" || die "macros.nsi cannot be compiled"
+    said=$(timeout 120 wine "$macros" /S 2> /dev/null | tr -d '\r')
+    compared installer "$said"
+    # With _?= it runs in its place, and not as a copy that nobody waits for.
+    said=$(timeout 120 wine 'C:\Macros\uninstall.exe' /S '_?=C:\Macros' 2> /dev/null | tr -d '\r')
+    compared uninstaller "$said"
+    left=$(temporary_files)
+    check 'temporary files' "$left" empty "$left"
+}
+
+# A library that the installer cannot load: a sentence, no crash.
+unusable() {
+    local code limit=$((SECONDS + 30)) window='' sentence='The setup library cannot be used'
+    compile "$macros" -DINIT_ONLY -DTARN_DLL=$x86_dll || die "macros.nsi cannot be compiled"
+    timeout 60 wine "$macros" /S &> "$out/macros.log"
+    code=$?
+    check 'a 32-bit tarn.dll, silent' "exit code $code" equal $code 2
+
+    timeout 60 wine "$macros" &> "$out/macros.log" &
+    until [ -n "$window" ] || [ $SECONDS -ge $limit ]; do
+        window=$(probe | grep -o "$sentence.*")
+    done
+    xdotool key Return
+    wait $!
+    code=$?
+    check 'a 32-bit tarn.dll, with a user interface' "$window" \
+        contains "$window" 'is not a 64-bit Windows library.'
+    check 'a 32-bit tarn.dll, with a user interface' "exit code $code" equal $code 2
+}
+
+wrong_target() {
+    local said
+    said=$(compile "$out/x86.exe" -DX86 -DTARN_DLL="$build/bin/tarn.dll" 2>&1)
+    check 'a 32-bit installer is not made' '' absent "$out/x86.exe"
+    check 'and makensis says why' "$(grep -o 'tarn.dll is a 64-bit library.*' <<< "$said")" \
+        contains "$said" "put 'Target amd64-unicode' at the top of the script"
+}
+
+need_tools
+mkdir -p "$out"
+make_probe
+start_wine
+clean_slate 'C:\Macros'
+wrong_target
+calls
+unusable
+rm -rf "$(unix 'C:\Macros')"
+echo
+[ $wrong = 0 ] || { echo "$wrong WRONG"; exit 1; }
+echo 'Everything is right.'

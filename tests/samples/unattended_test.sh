@@ -1,0 +1,146 @@
+#!/bin/bash
+# unattended_test.sh BUILD_DIR - the sample installer with nobody at the keyboard: what it refuses, what
+# it does when files cannot be written, and what its uninstaller leaves.
+set -u
+build=$(cd "$1" && pwd) || exit 2
+# shellcheck source=samples/lib.sh
+. "$(dirname "$0")/../../samples/lib.sh"
+
+folder='C:\Lakeside unattended'
+said=
+code=
+
+# run PROGRAM ARGUMENT... : sets code and said.
+run() {
+    said=$(timeout 120 wine "$@" 2> /dev/null | tr -d '\r'; exit "${PIPESTATUS[0]}")
+    code=$?
+}
+
+# ended CODE TEXT: the run ended with the code, and said the text.
+ended() {
+    check "  exit code $1" "$code" equal "$code" "$1"
+    check '  it says why' "$(tail -n 1 <<< "$said")" contains "$said" "$2"
+}
+
+uninstall() {
+    run "$1\\uninstall.exe" /S
+    local limit=$((SECONDS + 30))
+    while [ -e "$(unix "$1\\uninstall.exe")" ] && [ $SECONDS -lt $limit ]; do
+        sleep 0.05
+    done
+}
+
+nothing_left() {
+    local left
+    check '  the folder is gone' '' absent "$(unix "$1")"
+    check '  nothing is queued' '' empty "$(registry_value "$run_once" $run_once_value)"
+    check '  no entry in the list of programs' '' fails registry_key "$uninstall_key"
+    left=$(temporary_files)
+    check '  no temporary files' "$left" empty "$left"
+}
+
+refusals() {
+    echo 'No address:'
+    run "$setup" /S "/D=$folder"
+    ended 3 'No e-mail address'
+    nothing_left "$folder"
+
+    echo 'A licence file that does not exist:'
+    run "$setup" /S /EMAIL=user@example.com '/LICENCE=C:\no such.lic' "/D=$folder"
+    ended 3 'There is no licence file C:\no such.lic.'
+    nothing_left "$folder"
+
+    echo 'The log:'
+    run "$setup" /PASSIVE '/EMAIL=@' '/LOG=C:\lakeside.log' "/D=$folder"
+    ended 3 '@  is in invalid location in email.'
+    check '  holds the same words' '' equal "$(tr -d '\r' < "$(unix 'C:\lakeside.log')")" "$said"
+    rm -f "$(unix 'C:\lakeside.log')"
+}
+
+# obstacle PATH OPTION SENTENCE: with a folder where that file belongs, what had been installed goes
+# again; what the user had there stays.
+obstacle() {
+    echo "A folder in the place of $1 ($2):"
+    mkdir -p "$(unix "$folder\\$1")"
+    run "$setup" "$2" /EMAIL=user@example.com "/D=$folder"
+    ended 4 "$3"
+    check '  no file is left' '' empty "$(find "$(unix "$folder")" -type f)"
+    rmdir "$(unix "$folder\\$1")"
+    find "$(unix "$folder")" -depth -type d -empty -delete
+    nothing_left "$folder"
+}
+
+obstacles() {
+    local path
+    for path in 'bin\survey.dat' 'examples\Two words\bays.csv' 'embedch\config\chrc'; do
+        obstacle "$path" /S "The file $folder\\$path cannot be written."
+    done
+    obstacle 'bin\survey.dat' /PASSIVE "The file $folder\\bin\\survey.dat cannot be written."
+    check 'no window is left' '' fails on_screen '^(Please wait|Lakeside)'
+}
+
+installations() {
+    echo 'Installed silently, twice, with a file of the user'"'"'s:'
+    run "$setup" /S /EMAIL=" user.name@example.com " "/LICENCE=$(windows "$licence")" "/D=$folder\\"
+    check '  exit code' "$code" equal "$code" 0
+    echo 'mine' > "$(unix "$folder\\docs\\mine.txt")"
+    run "$setup" /S /EMAIL=" user.name@example.com " "/LICENCE=$(windows "$licence")" "/D=$folder"
+    check '  exit code' "$code" equal "$code" 0
+    mv "$(unix "$folder\\docs\\mine.txt")" "$out"
+    report_files "$folder"
+    mv "$out/mine.txt" "$(unix "$folder\\docs")"
+    report_chrc "$folder"
+    report_run_once "$folder"
+
+    echo 'Uninstalled silently:'
+    uninstall "$folder"
+    check '  the user'"'"'s file is all that is left' '' \
+        equal "$(cd "$(unix "$folder")" && find . | paste -sd' ')" '. ./docs ./docs/mine.txt'
+    rm -r "$(unix "$folder")"
+    nothing_left "$folder"
+}
+
+# The library takes text of the ANSI code page: 1252 here.
+foreign_letters() {
+    local name='Gerät Müller' expected
+    echo "A folder with umlauts:"
+    run "$setup" /S /EMAIL=user@example.com "/D=C:\\$name"
+    check '  exit code' "$code" equal "$code" 0
+    expected=$(iconv -t CP1252 <<< '_lpath = stradd(_lpath, "C:\\'"$name"'\\embedch\\dl;");' | od -An -tx1)
+    check '  line 40 is in the code page' '' \
+        equal "$(sed -n 40p "$(unix "C:\\$name\\embedch\\config\\chrc")" | od -An -tx1)" "$expected"
+    uninstall "C:\\$name"
+    nothing_left "C:\\$name"
+
+    name='Έργο'
+    echo 'A folder that the code page has no letters for:'
+    run "$setup" /S /EMAIL=user@example.com "/D=C:\\$name"
+    ended 4 'cannot be written.'
+    nothing_left "C:\\$name"
+}
+
+# Windows always has the key; without it the product is installed all the same.
+no_run_once_key() {
+    echo 'No RunOnce key:'
+    wine reg delete "$run_once" /f &> /dev/null
+    run "$setup" /S /EMAIL=user@example.com "/D=$folder"
+    ended 0 'WARNING: the welcome at the next log-on could not be queued'
+    check '  the key is not made' '' fails registry_key "$run_once"
+    printf 'REGEDIT4\n\n[HKEY_CURRENT_USER\\%s]\n' "${run_once#HKCU\\}" > "$out/run-once.reg"
+    wine regedit /S "$(windows "$out/run-once.reg")" &> /dev/null
+    uninstall "$folder"
+    nothing_left "$folder"
+}
+
+need_tools
+make_installer
+start_wine
+clean_slate "$folder"
+refusals
+obstacles
+installations
+foreign_letters
+no_run_once_key
+echo
+[ $wrong = 0 ] || { echo "$wrong WRONG"; exit 1; }
+echo 'Everything is right.'
