@@ -1,5 +1,5 @@
 # Run by "cmake --install" and cpack: signs the installed tarn.dll (Authenticode), if the environment
-# names a certificate:
+# names a certificate, by full paths:
 #
 #   TARN_SIGN_PFX                     certificate and key in one file (PKCS #12), or
 #   TARN_SIGN_CERT, TARN_SIGN_KEY     one file each (PEM)
@@ -22,6 +22,13 @@ endif()
 if(NOT "$ENV{TARN_SIGN_TIMESTAMP_URL}" STREQUAL "")
   list(APPEND arguments -ts $ENV{TARN_SIGN_TIMESTAMP_URL})
 endif()
+
+foreach(variable PFX CERT KEY PASSWORD_FILE)
+  set(file $ENV{TARN_SIGN_${variable}})
+  if(file AND NOT IS_ABSOLUTE "${file}")
+    message(FATAL_ERROR "TARN_SIGN_${variable} must be a full path, and is: ${file}")
+  endif()
+endforeach()
 
 set(library $ENV{DESTDIR}${CMAKE_INSTALL_PREFIX}/bin/tarn.dll)
 message(STATUS "Signing: ${library}")

@@ -52,6 +52,7 @@ finish() {
 
 unpack_kit() {
     unzip -q "$zips/$kit_name.zip" || { echo "cannot unpack the kit"; exit 1; }
+    # shellcheck disable=SC2034 # used by the tests
     kit=$scratch/$kit_name
 }
 
