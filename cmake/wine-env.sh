@@ -36,7 +36,7 @@ wine_stop() {
     if _wine_display_runs; then
         kill "$(cat "$TARN_WINE_DIR/display.pid")"
     fi
-    rm -f "$TARN_WINE_DIR/display.pid" "$TARN_WINE_DIR/display"
+    rm -f "$TARN_WINE_DIR"/{display,display.pid,output.*}
 }
 
 # The number of a display that is gone may belong to another process by now: ours carries the folder

@@ -1,10 +1,21 @@
 #!/bin/bash
 # wine-run.sh WINE_DIR PROGRAM [ARGUMENT]... - runs a Windows program in the Wine of a build; see
 # wine-env.sh. The exit code is the program's.
-set -eu
+set -u
 TARN_WINE_DIR=$1
 shift
 # shellcheck source=cmake/wine-env.sh
 . "$(dirname "$0")/wine-env.sh"
-wine_start
-exec wine "$@"
+wine_start || exit
+
+# Through a file: Wine's own background processes keep the descriptors of the program that happened to
+# start them, and whoever reads a pipe to its end would wait for those, too.
+out=$(mktemp "$TARN_WINE_DIR/output.XXXXXX") || exit
+trap 'rm -f "$out"' EXIT
+wine "$@" > "$out" 2>&1 < /dev/null &
+program=$!
+tail -c +1 -f -s 0.05 --pid="$program" "$out" &
+wait "$program"
+rc=$?
+wait
+exit "$rc"
