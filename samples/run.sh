@@ -14,6 +14,8 @@ show() {
     [ -n "${DISPLAY:-}" ] || die "--show needs a display (DISPLAY is not set)"
     export WINEPREFIX=$out/wine-show WINEDEBUG=-all
     export WINEDLLOVERRIDES='mscoree,mshtml=;winemenubuilder.exe=d'
+    # Windows always has this key for the user; a new Wine prefix does not.
+    wine reg add "$run_once" /f &> "$out/show.log"
     exec wine "$setup" 2> "$out/show.log"
 }
 

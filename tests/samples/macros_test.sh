@@ -57,15 +57,13 @@ compared() {
 }
 
 calls() {
-    local said left
+    local said
     compile "$macros" -DTARN_DLL="$build/bin/tarn.dll" || die "macros.nsi cannot be compiled"
     said=$(timeout 120 wine "$macros" /S 2> /dev/null | tr -d '\r')
     compared installer "$said"
     # With _?= it runs in its place, and not as a copy that nobody waits for.
     said=$(timeout 120 wine 'C:\Macros\uninstall.exe' /S '_?=C:\Macros' 2> /dev/null | tr -d '\r')
     compared uninstaller "$said"
-    left=$(temporary_files)
-    check 'temporary files' "$left" empty "$left"
 }
 
 # A library that the installer cannot load: a sentence, no crash.
@@ -104,6 +102,8 @@ clean_slate 'C:\Macros'
 wrong_target
 calls
 unusable
+left=$(temporary_files)
+check 'no temporary files are left' "$left" empty "$left"
 rm -rf "$(unix 'C:\Macros')"
 echo
 [ $wrong = 0 ] || { echo "$wrong WRONG"; exit 1; }
