@@ -6,6 +6,84 @@ namespace
 {
 constexpr DWORD kMaxHeaps = 256;
 
+// The system's table of all handles, as far as it is used here.
+struct HandleEntry
+{
+    ULONG nProcessID;
+    BYTE rest[sizeof(ULONG) + 2 * sizeof(void*)];
+};
+struct HandleTable
+{
+    ULONG nEntries;
+    ULONG nPadding;
+    HandleEntry entries[1];
+};
+
+// Wine gives 0 for every count that it does not keep; there the tables are gone through.
+DWORD CountHandles()
+{
+    DWORD nHandles = 0;
+    if (::GetProcessHandleCount(::GetCurrentProcess(), &nHandles) && nHandles != 0)
+        return nHandles;
+    using QueryFunction = LONG(NTAPI*)(ULONG, void*, ULONG, ULONG*);
+    static const auto s_pfnQuery = reinterpret_cast<QueryFunction>(reinterpret_cast<void*>(
+        ::GetProcAddress(::GetModuleHandleA("ntdll"), "NtQuerySystemInformation")));
+    constexpr ULONG kHandleInformation = 16;
+    constexpr ULONG kTableSize = 4 << 20;
+    auto* const pTable = static_cast<HandleTable*>(
+        ::VirtualAlloc(nullptr, kTableSize, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE));
+    if (pTable == nullptr)
+        return 0;
+    ULONG cbUsed = 0;
+    if (s_pfnQuery(kHandleInformation, pTable, kTableSize, &cbUsed) == 0)
+    {
+        for (ULONG i = 0; i < pTable->nEntries; ++i)
+        {
+            if (pTable->entries[i].nProcessID == ::GetCurrentProcessId())
+                ++nHandles;
+        }
+    }
+    ::VirtualFree(pTable, 0, MEM_RELEASE);
+    return nHandles;
+}
+
+DWORD CountGdiObjects()
+{
+    const DWORD nObjects = ::GetGuiResources(::GetCurrentProcess(), GR_GDIOBJECTS);
+    if (nObjects != 0)
+        return nObjects;
+    // Under Wine the low word alone names an object of this process.
+    DWORD nFound = 0;
+    for (ULONG_PTR nHandle = 1; nHandle < 0x10000; ++nHandle)
+    {
+        if (::GetObjectType(reinterpret_cast<HGDIOBJ>(nHandle)) != 0)
+            ++nFound;
+    }
+    return nFound;
+}
+
+BOOL CALLBACK CountWindow(HWND hWnd, LPARAM lParam)
+{
+    DWORD nProcessID = 0;
+    ::GetWindowThreadProcessId(hWnd, &nProcessID);
+    if (nProcessID == ::GetCurrentProcessId())
+    {
+        ++*reinterpret_cast<DWORD*>(lParam);
+        if (::GetAncestor(hWnd, GA_PARENT) == ::GetDesktopWindow())
+            ::EnumChildWindows(hWnd, &CountWindow, lParam); // all below, not only its own
+    }
+    return TRUE;
+}
+
+// Windows at least, where the system does not count its objects.
+DWORD CountUserObjects()
+{
+    DWORD nObjects = ::GetGuiResources(::GetCurrentProcess(), GR_USEROBJECTS);
+    if (nObjects == 0)
+        ::EnumWindows(&CountWindow, reinterpret_cast<LPARAM>(&nObjects));
+    return nObjects;
+}
+
 int CountThreads()
 {
     HANDLE const hSnapshot = ::CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
@@ -45,13 +123,13 @@ ResourceCount ResourceCount::Now()
 {
     ResourceCount count;
     count.nThreads = CountThreads();
-    count.nGdiObjects = ::GetGuiResources(::GetCurrentProcess(), GR_GDIOBJECTS);
-    count.nUserObjects = ::GetGuiResources(::GetCurrentProcess(), GR_USEROBJECTS);
+    count.nGdiObjects = CountGdiObjects();
+    count.nUserObjects = CountUserObjects();
     HANDLE heaps[kMaxHeaps];
     count.nHeaps = ::GetProcessHeaps(kMaxHeaps, heaps);
     for (DWORD i = 0; i < count.nHeaps && i < kMaxHeaps; ++i)
         Walk(heaps[i], count.nHeapBlocks, count.cbHeapBlocks);
-    ::GetProcessHandleCount(::GetCurrentProcess(), &count.nHandles);
+    count.nHandles = CountHandles();
     return count;
 }
 

@@ -3,6 +3,8 @@
 
 #include <windows.h>
 
+#include <gtest/gtest.h>
+
 #include <cstddef>
 #include <ostream>
 
@@ -25,3 +27,21 @@ struct ResourceCount
 
 bool operator==(const ResourceCount& a, const ResourceCount& b);
 std::ostream& operator<<(std::ostream& stream, const ResourceCount& count);
+
+// Whether an action gives back all that it takes. It is repeated a few times: the system and the C
+// library keep something now and then, a leak takes something every time.
+template <class Action>
+testing::AssertionResult LeavesNothingBehind(const Action& action)
+{
+    ResourceCount before;
+    ResourceCount after;
+    for (int nTries = 0; nTries < 5; ++nTries)
+    {
+        before = ResourceCount::Now();
+        action();
+        after = ResourceCount::Now();
+        if (after == before)
+            return testing::AssertionSuccess();
+    }
+    return testing::AssertionFailure() << "before: " << before << "\nafter: " << after;
+}
