@@ -5,6 +5,7 @@
 #     sentence, every parameter, and examples in C and NSIS;
 #   - sizes: every "TARN_X (n)" has the value of tarn.h, and a page that has a buffer names its constant;
 #   - the messages of the address check stand on its page as they stand in the source;
+#   - the version is that of CMakeLists.txt wherever the kit is named, and CHANGELOG has it;
 #   - macros of tarn.nsh, commands of dev, files and folders that the text names are there;
 #   - links lead to files, and to headings where they name one.
 set -u
@@ -96,6 +97,13 @@ messages=$(grep -oE '"([^"\\]|\\")*"' validate/EmailSyntax.cpp | grep ' ' | sed 
 while IFS= read -r message; do
     grep -qF "| \`$message\` |" docs/VerifyEmail.md || fail "docs/VerifyEmail.md lacks the message '$message'"
 done <<< "$messages"
+
+# Version
+version=$(sed -n 's/^project(tarn VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)
+[ -n "$version" ] || fail 'CMakeLists.txt: no version'
+grep -qxF "## $version" CHANGELOG.md || fail "CHANGELOG.md has no section $version"
+grep -hoE 'tarn-[0-9][0-9.]*-win64' README.md CONTRIBUTING.md docs/*.md | grep -vxF "tarn-$version-win64" &&
+    fail "the version is $version"
 
 # Macros and commands
 while read -r macro; do
