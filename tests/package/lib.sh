@@ -58,12 +58,17 @@ unpack_kit() {
 
 windows_path() { printf 'Z:%s' "${1//\//\\}"; }
 
-# run EXIT_CODE PROGRAM [ARGUMENT]... - for check; leaves the output in the files out and err, without
-# carriage returns.
+# run EXIT_CODE PROGRAM [ARGUMENT]... - for check; runs it under Wine and leaves the output in the files
+# out and err, without carriage returns.
 run() {
     local expected=$1 code=0
     shift
-    timeout 60 bash "$source_dir/cmake/wine-run.sh" "$build/wine" "$@" > out.raw 2> err.raw || code=$?
+    (
+        TARN_WINE_DIR=$build/wine
+        # shellcheck source=cmake/wine-env.sh
+        . "$source_dir/cmake/wine-env.sh"
+        wine_start && exec timeout 60 wine "$@"
+    ) > out.raw 2> err.raw < /dev/null || code=$?
     tr -d '\r' < out.raw > out
     tr -d '\r' < err.raw > err
     [ "$code" = "$expected" ] || { echo "exit code $code, expected $expected"; cat out err; return 1; }
