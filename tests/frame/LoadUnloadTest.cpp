@@ -1,0 +1,243 @@
+#include "tests/support/LoadedTarn.h"
+#include "tests/support/ResourceCount.h"
+#include "tests/support/TempFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <memory>
+#include <vector>
+
+namespace
+{
+int Verify(const LoadedTarn& tarn, const std::string& text)
+{
+    std::string address = text;
+    char szMessage[80] = "";
+    int nPosition = 0;
+    return tarn.VerifyEmail(&address[0], &nPosition, szMessage);
+}
+
+// A heap that came into being since an earlier look, or null.
+class NewHeap
+{
+public:
+    NewHeap() : m_before(All()) {}
+    HANDLE Find() const
+    {
+        for (HANDLE const hHeap : All())
+        {
+            bool bOld = false;
+            for (HANDLE const hBefore : m_before)
+                bOld = bOld || hBefore == hHeap;
+            if (!bOld)
+                return hHeap;
+        }
+        return nullptr;
+    }
+
+private:
+    static std::vector<HANDLE> All()
+    {
+        std::vector<HANDLE> heaps(64);
+        heaps.resize(::GetProcessHeaps(64, heaps.data()));
+        return heaps;
+    }
+    std::vector<HANDLE> m_before;
+};
+
+struct ThreadWork
+{
+    const LoadedTarn* pTarn;
+    int nCalls;
+    int nWrong;
+};
+
+DWORD WINAPI CallManyTimes(LPVOID pWork)
+{
+    auto& work = *static_cast<ThreadWork*>(pWork);
+    const std::string longText = std::string(700, 'x') + "@b.c";
+    for (int i = 0; i < work.nCalls; ++i)
+    {
+        if (Verify(*work.pTarn, "user@example.com") != 1 || Verify(*work.pTarn, "user@") != 0 ||
+            Verify(*work.pTarn, longText) != 1 || work.pTarn->FileCopy("", "C:\\") != 0)
+            ++work.nWrong;
+    }
+    return 0;
+}
+
+DWORD WINAPI ThrowAndCatch(LPVOID pWork)
+{
+    auto& work = *static_cast<ThreadWork*>(pWork);
+    for (int i = 0; i < work.nCalls; ++i)
+    {
+        bool bThrown = false;
+        try
+        {
+            work.pTarn->Write_ch_config_File("\\\\");
+        }
+        catch (...)
+        {
+            bThrown = true;
+        }
+        if (!bThrown || Verify(*work.pTarn, "a@b.c") != 1)
+            ++work.nWrong;
+    }
+    return 0;
+}
+
+// Runs the work on several threads at once; returns how often it went wrong.
+int RunThreads(const LoadedTarn& tarn, LPTHREAD_START_ROUTINE pfn, int nThreads, int nCalls)
+{
+    std::vector<ThreadWork> work(static_cast<std::size_t>(nThreads), {&tarn, nCalls, 0});
+    std::vector<HANDLE> threads;
+    for (ThreadWork& each : work)
+        threads.push_back(::CreateThread(nullptr, 0, pfn, &each, 0, nullptr));
+    int nWrong = 0;
+    for (std::size_t i = 0; i < threads.size(); ++i)
+    {
+        if (::WaitForSingleObject(threads[i], 60000) != WAIT_OBJECT_0)
+            ++nWrong;
+        ::CloseHandle(threads[i]);
+        nWrong += work[i].nWrong;
+    }
+    return nWrong;
+}
+
+TEST(LoadUnload, LeavesNothingBehindAfterAThousandTimes)
+{
+    // The first round also loads what the system keeps.
+    EXPECT_TRUE(LeavesNothingBehind([] {
+        for (int i = 0; i < 1000; ++i)
+        {
+            const LoadedTarn tarn;
+            ASSERT_TRUE(tarn.IsComplete());
+            if (i % 2 == 0)
+            {
+                ASSERT_EQ(Verify(tarn, std::string(700, 'x') + "@b.c"), 1);
+            }
+        }
+    }));
+}
+
+TEST(LoadUnload, GivesBackWhatAnExceptionLeftBehind)
+{
+    EXPECT_TRUE(LeavesNothingBehind([] {
+        for (int i = 0; i < 100; ++i)
+        {
+            const LoadedTarn tarn;
+            ThreadWork work = {&tarn, 1, 0};
+            ThrowAndCatch(&work);
+            ASSERT_EQ(work.nWrong, 0);
+        }
+    }));
+}
+
+TEST(LoadUnload, IsReallyUnloaded)
+{
+    HMODULE hModule = nullptr;
+    {
+        const LoadedTarn tarn;
+        ASSERT_TRUE(tarn.IsComplete());
+        Verify(tarn, "a@b.c");
+        hModule = tarn.Module();
+    }
+    char szPath[MAX_PATH];
+    EXPECT_EQ(::GetModuleFileNameA(hModule, szPath, MAX_PATH), 0U);
+    EXPECT_EQ(::GetModuleHandleA("tarn.dll"), nullptr);
+}
+
+TEST(LoadUnload, WorksTwiceInOneProcessUnderDifferentNames)
+{
+    const TempFolder folder;
+    const std::string other = folder / "other.dll";
+    ASSERT_TRUE(::CopyFileA(LoadedTarn::Path().c_str(), other.c_str(), TRUE));
+    {
+        auto pFirst = std::make_unique<LoadedTarn>();
+        const LoadedTarn second(other);
+        ASSERT_TRUE(pFirst->IsComplete());
+        ASSERT_TRUE(second.IsComplete());
+        EXPECT_NE(pFirst->Module(), second.Module());
+        EXPECT_EQ(Verify(*pFirst, "a@b.c"), 1);
+        EXPECT_EQ(Verify(second, "a@b.c"), 1);
+        EXPECT_EQ(RunThreads(*pFirst, &CallManyTimes, 2, 50), 0);
+        pFirst.reset();
+        EXPECT_EQ(Verify(second, std::string(700, 'x') + "@b.c"), 1);
+        EXPECT_EQ(RunThreads(second, &ThrowAndCatch, 2, 50), 0);
+    }
+    EXPECT_TRUE(::DeleteFileA(other.c_str()));
+}
+
+TEST(Threads, CallExportsAtTheSameTime)
+{
+    const LoadedTarn tarn;
+    ASSERT_TRUE(tarn.IsComplete());
+    EXPECT_EQ(RunThreads(tarn, &CallManyTimes, 8, 2000), 0);
+}
+
+TEST(Threads, MayBeTheFirstToUseTheLibraryAllAtOnce)
+{
+    for (int i = 0; i < 50; ++i)
+    {
+        const LoadedTarn tarn;
+        ASSERT_EQ(RunThreads(tarn, &CallManyTimes, 4, 1), 0);
+    }
+}
+
+TEST(Threads, CatchExceptionsAtTheSameTime)
+{
+    const LoadedTarn tarn;
+    ASSERT_TRUE(tarn.IsComplete());
+    EXPECT_EQ(RunThreads(tarn, &ThrowAndCatch, 8, 300), 0);
+}
+
+// More threads, one after the other, than the library could keep anything for.
+TEST(Threads, GiveTheirStateBackWhenTheyEnd)
+{
+    const NewHeap heap;
+    const LoadedTarn tarn;
+    ASSERT_TRUE(tarn.IsComplete());
+    ASSERT_EQ(Verify(tarn, "a@b.c"), 1);
+    HANDLE const hHeap = heap.Find();
+    ASSERT_NE(hHeap, nullptr);
+    const std::size_t nBlocks = ResourceCount::BlocksIn(hHeap);
+    for (int i = 0; i < 50; ++i)
+    {
+        ASSERT_EQ(RunThreads(tarn, &CallManyTimes, 4, 1), 0);
+        ASSERT_EQ(RunThreads(tarn, &ThrowAndCatch, 4, 1), 0);
+    }
+    EXPECT_EQ(ResourceCount::BlocksIn(hHeap), nBlocks);
+}
+
+TEST(Threads, LeaveNothingBehindWhenTheLibraryGoesBeforeThem)
+{
+    struct Waiting
+    {
+        const LoadedTarn* pTarn;
+        HANDLE hCalled;
+        HANDLE hEnd;
+    };
+    EXPECT_TRUE(LeavesNothingBehind([] {
+        auto pTarn = std::make_unique<LoadedTarn>();
+        Waiting waiting = {pTarn.get(), ::CreateEventA(nullptr, TRUE, FALSE, nullptr),
+                           ::CreateEventA(nullptr, TRUE, FALSE, nullptr)};
+        HANDLE const hThread = ::CreateThread(
+            nullptr, 0,
+            [](LPVOID pWaiting) -> DWORD {
+                const auto& own = *static_cast<Waiting*>(pWaiting);
+                Verify(*own.pTarn, "a@b.c");
+                ::SetEvent(own.hCalled);
+                ::WaitForSingleObject(own.hEnd, 60000);
+                return 0;
+            },
+            &waiting, 0, nullptr);
+        EXPECT_EQ(::WaitForSingleObject(waiting.hCalled, 60000), WAIT_OBJECT_0);
+        pTarn.reset();
+        ::SetEvent(waiting.hEnd);
+        EXPECT_EQ(::WaitForSingleObject(hThread, 60000), WAIT_OBJECT_0);
+        ::CloseHandle(hThread);
+        ::CloseHandle(waiting.hCalled);
+        ::CloseHandle(waiting.hEnd);
+    }));
+}
+} // namespace
