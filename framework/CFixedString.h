@@ -4,12 +4,19 @@
 
 #include "CString.h"
 
+template <int t_nChars>
+struct CFixedStringBlock
+{
+    CStringData m_header{{CStringData::kUnshared}, 0, t_nChars};
+    char m_szText[static_cast<unsigned int>(t_nChars) + 1] = "";
+};
+
+// The block is a base, and the first, because the string wants it made when its own turn comes.
 template <class StringType, int t_nChars>
-class CFixedStringT : public StringType
+class CFixedStringT : private CFixedStringBlock<t_nChars>, public StringType
 {
 public:
-    // The base keeps a pointer to the block, which is constructed after it.
-    CFixedStringT() noexcept : StringType(&m_fixed.header) {}
+    CFixedStringT() noexcept : StringType(&this->m_header) {}
     CFixedStringT(LPCSTR psz) : CFixedStringT() { StringType::operator=(psz); }
     ~CFixedStringT() = default;
 
@@ -18,12 +25,4 @@ public:
     CFixedStringT& operator=(const CFixedStringT&) = delete;
 
     using StringType::operator=;
-
-private:
-    struct Fixed
-    {
-        CStringData header{{CStringData::kUnshared}, 0, t_nChars};
-        char szText[static_cast<unsigned int>(t_nChars) + 1] = "";
-    };
-    Fixed m_fixed;
 };
