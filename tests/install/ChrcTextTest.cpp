@@ -1,7 +1,7 @@
 // The text of the interpreter's start-up file for an installation folder.
 #include "install/ChrcText.h"
 
-#include "install/ChrcTemplate.h"
+#include "tests/install/ChrcModel.h"
 #include "tests/support/CodePage932.h"
 
 #include <gtest/gtest.h>
@@ -14,49 +14,6 @@ namespace
 std::string TextFor(const std::string& folder)
 {
     return MakeChrcText(CString(folder.data(), static_cast<int>(folder.size()))).GetString();
-}
-
-// The text with something standing where the five markers are, by other means than the library's.
-std::string TemplateWith(const std::string& escaped)
-{
-    std::string text;
-    const std::string source(kChrcTemplate);
-    const std::string marker("[KELDPATH]");
-    std::size_t nBegin = 0;
-    for (std::size_t i = source.find(marker); i != std::string::npos;
-         i = source.find(marker, nBegin))
-    {
-        text += source.substr(nBegin, i - nBegin) + escaped;
-        nBegin = i + marker.size();
-    }
-    return text + source.substr(nBegin);
-}
-
-// A run of k backslashes becomes one of 2k - floor(2k / 3); separators at the end go, byte by byte.
-std::string EscapedModel(std::string folder, bool bDoubleByte)
-{
-    while (!folder.empty() && (folder.back() == '\\' || folder.back() == '/'))
-        folder.pop_back();
-    std::string escaped;
-    std::size_t nRun = 0;
-    const auto flush = [&] {
-        escaped += std::string(2 * nRun - 2 * nRun / 3, '\\');
-        nRun = 0;
-    };
-    for (std::size_t i = 0; i < folder.size();)
-    {
-        const std::size_t cb = bDoubleByte ? CharacterLength932(folder, i) : 1;
-        if (cb == 1 && folder[i] == '\\')
-            ++nRun;
-        else
-        {
-            flush();
-            escaped += folder.substr(i, cb);
-        }
-        i += cb;
-    }
-    flush();
-    return escaped;
 }
 
 // Runs of 1 to 6 backslashes between names, slashes among them, and up to 3 separators at the end.
