@@ -1,0 +1,216 @@
+#include <afxwin.h>
+
+#include "tests/support/Host.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+#include <type_traits>
+
+namespace
+{
+// One application object, of static life, like a program's.
+class HostApp : public CWinApp
+{
+};
+HostApp g_app;
+
+std::string ModuleName()
+{
+    char szPath[MAX_PATH];
+    ::GetModuleFileNameA(nullptr, szPath, MAX_PATH);
+    std::string name = szPath;
+    name = name.substr(name.rfind('\\') + 1);
+    return name.substr(0, name.rfind('.'));
+}
+
+TEST(CWinApp, IsNamedAfterItsModuleWithoutFolderAndExtension)
+{
+    EXPECT_EQ(ModuleName(), g_app.m_pszAppName);
+    EXPECT_EQ(ModuleName(), AfxGetAppName());
+}
+
+TEST(CWinApp, IsTheOneOfTheModuleThatIsCurrent)
+{
+    EXPECT_EQ(AfxGetApp(), &g_app);
+    EXPECT_EQ(AfxGetThread(), &g_app);
+    const AFX_MAINTAIN_STATE2 guard(AfxGetStaticModuleState());
+    EXPECT_NE(AfxGetApp(), &g_app);
+}
+
+TEST(CWinApp, StartsAndEndsByItsOwnAccord)
+{
+    EXPECT_TRUE(g_app.InitInstance());
+    EXPECT_EQ(g_app.ExitInstance(), 0);
+}
+
+TEST(CWinApp, IsToldWhatTheSystemGaveToTheProgram)
+{
+    char szCommandLine[] = "/switch";
+    HINSTANCE const hInstance = ::GetModuleHandleA(nullptr);
+    EXPECT_TRUE(AfxWinInit(hInstance, nullptr, szCommandLine, SW_SHOWMAXIMIZED));
+    EXPECT_EQ(g_app.m_hInstance, hInstance);
+    EXPECT_EQ(g_app.m_lpCmdLine, szCommandLine);
+    EXPECT_EQ(g_app.m_nCmdShow, SW_SHOWMAXIMIZED);
+    EXPECT_EQ(AfxGetInstanceHandle(), hInstance);
+    EXPECT_EQ(AfxGetResourceHandle(), hInstance);
+}
+
+TEST(ModuleState, IsAProgramsOrALibrarys)
+{
+    EXPECT_NE(AfxGetStaticModuleState(), AfxGetDefaultModuleState());
+    EXPECT_EQ(AfxGetModuleState(), AfxGetDefaultModuleState());
+    EXPECT_FALSE(AfxGetDefaultModuleState()->m_bDLL);
+    EXPECT_EQ(AfxGetDefaultModuleState()->m_pfnAfxWndProc, &AfxWndProc);
+    EXPECT_TRUE(AfxGetStaticModuleState()->m_bDLL);
+    EXPECT_EQ(AfxGetStaticModuleState()->m_pfnAfxWndProc, &AfxWndProcDllStatic);
+}
+
+TEST(ModuleState, IsSetAndGivenBack)
+{
+    AFX_MODULE_STATE own(FALSE, &AfxWndProc);
+    AFX_MODULE_STATE* const pBefore = AfxGetModuleState();
+    EXPECT_EQ(AfxSetModuleState(&own), pBefore);
+    EXPECT_EQ(AfxGetModuleState(), &own);
+    EXPECT_EQ(AfxSetModuleState(nullptr), &own);
+    EXPECT_EQ(AfxGetModuleState(), AfxGetDefaultModuleState());
+}
+
+TEST(ModuleState, BelongsToTheThread)
+{
+    AFX_MODULE_STATE own(FALSE, &AfxWndProc);
+    const AFX_MAINTAIN_STATE2 guard(&own);
+    AFX_MODULE_STATE* pOther = nullptr;
+    HANDLE const hThread = ::CreateThread(
+        nullptr, 0,
+        [](LPVOID ppState) -> DWORD {
+            *static_cast<AFX_MODULE_STATE**>(ppState) = AfxGetModuleState();
+            return 0;
+        },
+        &pOther, 0, nullptr);
+    ASSERT_EQ(::WaitForSingleObject(hThread, 60000), WAIT_OBJECT_0);
+    ::CloseHandle(hThread);
+    EXPECT_EQ(pOther, AfxGetDefaultModuleState());
+    EXPECT_EQ(AfxGetModuleState(), &own);
+}
+
+TEST(ThreadState, IsTheSameForEachCallOfAThread)
+{
+    EXPECT_NE(AfxGetThreadState(), nullptr);
+    EXPECT_EQ(AfxGetThreadState(), AfxGetThreadState());
+}
+
+// Looks at the guard's fields, which it may as a derived class.
+class GuardFields : public AFX_MAINTAIN_STATE2
+{
+public:
+    using AFX_MAINTAIN_STATE2::AFX_MAINTAIN_STATE2;
+    struct Offsets
+    {
+        std::ptrdiff_t nPrevious, nThread, nCookie, nValid;
+    };
+    Offsets Get() const
+    {
+        const auto* const pBase = reinterpret_cast<const char*>(this);
+        return {reinterpret_cast<const char*>(&m_pPrevModuleState) - pBase,
+                reinterpret_cast<const char*>(&m_pThreadState) - pBase,
+                reinterpret_cast<const char*>(&m_ulActCtxCookie) - pBase,
+                reinterpret_cast<const char*>(&m_bValidActCtxCookie) - pBase};
+    }
+    AFX_MODULE_STATE* Previous() const { return m_pPrevModuleState; }
+    _AFX_THREAD_STATE* Thread() const { return m_pThreadState; }
+    BOOL IsCookieValid() const { return m_bValidActCtxCookie; }
+};
+
+TEST(MaintainState, HoldsFourFieldsInTheirOrder)
+{
+    const GuardFields guard(AfxGetStaticModuleState());
+    const GuardFields::Offsets offsets = guard.Get();
+    EXPECT_EQ(offsets.nPrevious, 0);
+    EXPECT_EQ(offsets.nThread, 8);
+    EXPECT_EQ(offsets.nCookie, 16);
+    EXPECT_EQ(offsets.nValid, 24);
+    EXPECT_EQ(sizeof(AFX_MAINTAIN_STATE2), 32U);
+    EXPECT_EQ(guard.Thread(), AfxGetThreadState());
+    EXPECT_FALSE(guard.IsCookieValid()); // this program carries no manifest for the library
+}
+
+TEST(MaintainState, MakesAStateCurrentForABlock)
+{
+    AFX_MODULE_STATE first(TRUE, &AfxWndProcDllStatic);
+    AFX_MODULE_STATE second(TRUE, &AfxWndProcDllStatic);
+    AFX_MODULE_STATE* const pHost = AfxGetModuleState();
+    {
+        AFX_MANAGE_STATE(&first);
+        EXPECT_EQ(AfxGetModuleState(), &first);
+        {
+            const GuardFields guard(&second);
+            EXPECT_EQ(AfxGetModuleState(), &second);
+            EXPECT_EQ(guard.Previous(), &first);
+        }
+        EXPECT_EQ(AfxGetModuleState(), &first);
+        {
+            const GuardFields guard(&first);
+            EXPECT_EQ(AfxGetModuleState(), &first);
+        }
+        EXPECT_EQ(AfxGetModuleState(), &first);
+    }
+    EXPECT_EQ(AfxGetModuleState(), pHost);
+}
+
+TEST(MaintainState, RestoresTheStateWhenAnExceptionPasses)
+{
+    AFX_MODULE_STATE own(TRUE, &AfxWndProcDllStatic);
+    AFX_MODULE_STATE* const pHost = AfxGetModuleState();
+    try
+    {
+        AFX_MANAGE_STATE(&own);
+        AfxThrowInvalidArgException();
+    }
+    catch (CInvalidArgException* pException)
+    {
+        EXPECT_EQ(AfxGetModuleState(), pHost);
+        pException->Delete();
+    }
+    EXPECT_EQ(AfxGetModuleState(), pHost);
+}
+
+TEST(MaintainState, LeavesTheHostsContextActiveAfterwards)
+{
+    const HostContext context;
+    ASSERT_TRUE(context.IsActive());
+    {
+        AFX_MANAGE_STATE(AfxGetStaticModuleState());
+        EXPECT_EQ(HostContext::Current(), context.Handle()); // it has none of its own here
+    }
+    EXPECT_TRUE(context.IsActive());
+}
+
+TEST(ActivationContext, IsActivatedAndDeactivated)
+{
+    HANDLE hContext = nullptr;
+    {
+        const HostContext outer;
+        ASSERT_TRUE(outer.IsActive());
+        hContext = outer.Handle();
+        const HostContext inner;
+        ASSERT_TRUE(inner.IsActive());
+        ULONG_PTR nCookie = 0;
+        ASSERT_TRUE(AfxActivateActCtx(hContext, &nCookie));
+        EXPECT_NE(nCookie, 0U);
+        EXPECT_EQ(HostContext::Current(), hContext);
+        EXPECT_TRUE(AfxDeactivateActCtx(0, nCookie));
+        EXPECT_TRUE(inner.IsActive());
+    }
+    EXPECT_EQ(HostContext::Current(), nullptr);
+}
+
+TEST(ActivationContext, IsNotActivatedWhenThereIsNone)
+{
+    ULONG_PTR nCookie = 4711;
+    EXPECT_FALSE(AfxActivateActCtx(INVALID_HANDLE_VALUE, &nCookie));
+    EXPECT_EQ(nCookie, 4711U);
+    EXPECT_EQ(HostContext::Current(), nullptr);
+}
+} // namespace
