@@ -49,7 +49,9 @@ const char* FindText(const char* p, const char* pEnd, const char* pszSub, int cb
 {
     while (pEnd - p >= cbSub)
     {
-        if (std::memcmp(p, pszSub, static_cast<std::size_t>(cbSub)) == 0 &&
+        // Nearly everywhere the first byte decides, without a call.
+        if ((cbSub == 0 || *p == *pszSub) &&
+            std::memcmp(p, pszSub, static_cast<std::size_t>(cbSub)) == 0 &&
             EndsWhole(p, pEnd, cbSub))
             return p;
         if (p == pEnd)
@@ -325,8 +327,8 @@ int CString::Find(LPCSTR pszSub, int iStart) const noexcept
     const std::size_t cbSub = std::strlen(pszSub);
     if (cbSub > static_cast<std::size_t>(GetLength()))
         return -1;
-    const char* const pFound = FindText(m_pszData + iStart, m_pszData + GetLength(), pszSub,
-                                        static_cast<int>(cbSub));
+    const char* const pFound =
+        FindText(m_pszData + iStart, m_pszData + GetLength(), pszSub, static_cast<int>(cbSub));
     return pFound == nullptr ? -1 : static_cast<int>(pFound - m_pszData);
 }
 

@@ -1,0 +1,37 @@
+// The path helpers against models that go character by character.
+#include "fuzz/Fuzz.h"
+#include "install/PathHelpers.h"
+
+namespace
+{
+std::string SeparatedModel(std::string path)
+{
+    if (path.find_last_of("\\/") + 1 != path.size())
+        path.push_back('\\');
+    return path;
+}
+
+std::string NamePartModel(const std::string& path)
+{
+    std::string name;
+    for (const std::string& character : fuzz::Characters(path))
+    {
+        name += character;
+        if (character == "\\" || character == "/")
+            name.clear();
+    }
+    return name;
+}
+} // namespace
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* pInput, std::size_t cbInput)
+{
+    fuzz::Input input(pInput, cbInput);
+    fuzz::ChooseCodePage(input.Byte());
+    const std::string path = input.Text();
+    const CString strPath(path.c_str());
+    fuzz::Require(AddTrailingSeparator(strPath) == SeparatedModel(path).c_str(), "separated path");
+    fuzz::Require(FileNamePart(strPath) == NamePartModel(path).c_str(), "file name");
+    fuzz::Require(strPath == path.c_str(), "the caller's path");
+    return 0;
+}
