@@ -106,13 +106,17 @@ refused() {
     check '  the field holds the trimmed address' "$(focus_text)" equal "$(focus_text)" "${4:-$1}"
 }
 
+# A click elsewhere and one on the caption, which is drawn as active only then.
+activate() {
+    local left top
+    read -r left top _ < <(rectangle "$1")
+    xdotool mousemove 5 700 click 1 mousemove $((left + 60)) $((top + 10)) click 1
+}
+
 start_wizard() {
     wine "$setup" "$@" > "$out/wizard.log" 2>&1 &
     until_shown 'Welcome to Lakeside Workbench Setup'
-    # A click elsewhere and one on the caption, which is drawn as active only then.
-    # shellcheck disable=SC2046
-    set -- $(rectangle 'Lakeside Workbench Setup')
-    xdotool mousemove 5 700 click 1 mousemove $(($1 + 60)) $(($2 + 10)) click 1
+    activate 'Lakeside Workbench Setup'
     page 'Welcome to Lakeside Workbench Setup'
 }
 
@@ -198,6 +202,8 @@ centred() { # left top right bottom of the outer, then of the inner
 
 uninstall() {
     wine "$folder\\uninstall.exe" &> "$out/uninstall.log"
+    until_shown 'Uninstall Lakeside Workbench'
+    activate 'Lakeside Workbench Uninstall'
     page 'Uninstall Lakeside Workbench'
     picture 11-uninstall
     keys Return
