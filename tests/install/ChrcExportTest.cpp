@@ -7,6 +7,7 @@
 #include "tests/support/ImportPatch.h"
 #include "tests/support/LoadedTarn.h"
 #include "tests/support/MessageBoxDriver.h"
+#include "tests/support/OpenHandles.h"
 #include "tests/support/TempFolder.h"
 
 #include <gtest/gtest.h>
@@ -21,9 +22,15 @@
 namespace
 {
 // What every test here has: the DLL, a folder, and somebody who answers message boxes.
-template <class Base> class ChrcExportTest : public Base
+template <class Base>
+class ChrcExportTest : public Base
 {
 protected:
+    void SetUp() override
+    {
+        ASSERT_TRUE(tarn.IsComplete());
+        Base::SetUp();
+    }
     void TearDown() override
     {
         for (const SeenMessageBox& box : Boxes())
@@ -60,33 +67,36 @@ protected:
     }
 };
 
-// A drive of its own for a folder.
-class Drive
+// embedch\config at the root of the drive that has the temporary folders; removed with the object.
+class ConfigAtTheRoot
 {
 public:
-    explicit Drive(const std::string& folder)
+    explicit ConfigAtTheRoot(const std::string& folderOnDrive) : m_drive(folderOnDrive.substr(0, 2))
     {
-        for (char ch = 'Y'; ch > 'D' && m_name.empty(); --ch)
+        m_bMade = ::CreateDirectoryA((m_drive + "\\embedch").c_str(), nullptr) &&
+                  ::CreateDirectoryA((m_drive + "\\embedch\\config").c_str(), nullptr);
+    }
+    ~ConfigAtTheRoot()
+    {
+        if (m_bMade)
         {
-            const std::string name = std::string(1, ch) + ":";
-            if ((::GetLogicalDrives() & (1U << (ch - 'A'))) == 0 &&
-                ::DefineDosDeviceA(0, name.c_str(), folder.c_str()))
-                m_name = name;
+            ::DeleteFileA(Path().c_str());
+            ::RemoveDirectoryA((m_drive + "\\embedch\\config").c_str());
+            ::RemoveDirectoryA((m_drive + "\\embedch").c_str());
         }
     }
-    ~Drive()
-    {
-        if (!m_name.empty())
-            ::DefineDosDeviceA(DDD_REMOVE_DEFINITION, m_name.c_str(), nullptr);
-    }
-    Drive(const Drive&) = delete;
-    Drive& operator=(const Drive&) = delete;
+    ConfigAtTheRoot(const ConfigAtTheRoot&) = delete;
+    ConfigAtTheRoot& operator=(const ConfigAtTheRoot&) = delete;
 
-    // "Y:", or empty when there is none.
-    const std::string& Name() const { return m_name; }
+    // False when the drive has an embedch of its own, or belongs to somebody else.
+    bool IsMade() const { return m_bMade; }
+    // "C:"
+    const std::string& Drive() const { return m_drive; }
+    std::string Path() const { return m_drive + "\\embedch\\config\\chrc"; }
 
 private:
-    std::string m_name;
+    std::string m_drive;
+    bool m_bMade;
 };
 
 // Catches what a call throws: the type must be the exact one and have the base that hosts know.
@@ -142,8 +152,7 @@ HANDLE WINAPI RecordingCreateFileA(LPCSTR pszPath, DWORD nAccess, DWORD nShare,
     g_nOpenAccess = nAccess;
     g_nOpenShare = nShare;
     g_nOpenDisposition = nDisposition;
-    g_hOpened =
-        ::CreateFileA(pszPath, nAccess, nShare, pSecurity, nDisposition, nFlags, hTemplate);
+    g_hOpened = ::CreateFileA(pszPath, nAccess, nShare, pSecurity, nDisposition, nFlags, hTemplate);
     return g_hOpened;
 }
 
@@ -188,13 +197,6 @@ public:
 private:
     ImportPatch m_patch;
 };
-
-DWORD HandleCount()
-{
-    DWORD nHandles = 0;
-    ::GetProcessHandleCount(::GetCurrentProcess(), &nHandles);
-    return nHandles;
-}
 } // namespace
 
 TEST_F(ChrcExport, WritesTheFileUnderTheFolder)
@@ -269,25 +271,31 @@ TEST_F(ChrcExport, WritesRunsOfBackslashesAsTheEscapingGivesThem)
 
 TEST_F(ChrcExport, WritesAtTheRootOfADrive)
 {
-    const std::string path = MakeConfig("root");
-    const Drive drive(temp / "root");
-    ASSERT_NE(drive.Name(), "");
-    EXPECT_EQ(Write(drive.Name() + "\\"), 1);
-    EXPECT_EQ(ReadBytes(path), TemplateWith(drive.Name()));
+    const ConfigAtTheRoot root(temp.Path());
+    if (!root.IsMade())
+        GTEST_SKIP() << "cannot make " << root.Drive() << "\\embedch";
+    for (const char* const pszEnd : {"\\", "", "/", "\\\\"})
+    {
+        ::DeleteFileA(root.Path().c_str());
+        // Without the separator the path has one all the same.
+        EXPECT_EQ(Write(root.Drive() + pszEnd), 1) << pszEnd;
+        EXPECT_EQ(ReadBytes(root.Path()), TemplateWith(root.Drive())) << pszEnd;
+    }
 }
 
 TEST_F(ChrcExport, WritesAtTheCurrentDrivesRootWithoutAFolder)
 {
-    const std::string path = MakeConfig("root");
-    const Drive drive(temp / "root");
-    ASSERT_NE(drive.Name(), "");
-    const CurrentFolder there(drive.Name() + "\\embedch");
+    const ConfigAtTheRoot root(temp.Path());
+    if (!root.IsMade())
+        GTEST_SKIP() << "cannot make " << root.Drive() << "\\embedch";
+    const CurrentFolder there(temp.Path());
     for (const char* const pszFolder : {static_cast<const char*>(nullptr), "", "\\", "/"})
     {
-        ::DeleteFileA(path.c_str());
+        ::DeleteFileA(root.Path().c_str());
         EXPECT_EQ(tarn.Write_ch_config_File(pszFolder), 1);
-        EXPECT_EQ(ReadBytes(path), TemplateWith(""));
+        EXPECT_EQ(ReadBytes(root.Path()), TemplateWith(""));
     }
+    EXPECT_EQ(temp.Listing(), "");
 }
 
 TEST_F(ChrcExport, ReplacesALongerOldFileWhole)
@@ -442,8 +450,8 @@ TEST_F(ChrcExport, ThrowsExceptionsThatAreCaughtByTheirBase)
     {
         char szText[512] = "";
         EXPECT_TRUE(pException->GetErrorMessage(szText, sizeof(szText)));
-        EXPECT_EQ(szText, "The disk was full while writing " +
-                              (temp / "App\\embedch\\config\\chrc") + ".");
+        EXPECT_EQ(szText,
+                  "The disk was full while writing " + (temp / "App\\embedch\\config\\chrc") + ".");
         pException->Delete();
     }
 }
@@ -481,14 +489,12 @@ TEST_F(ChrcExport, LeavesNoHandleOpen)
         EXPECT_TRUE(CatchFrom(tarn, temp / "App").bFileException);
     };
     callAll(); // what is made on first use
-    const DWORD nBefore = HandleCount();
-    for (int i = 0; i < 20; ++i)
+    const int nBefore = CountOpenHandles();
+    for (int i = 0; i < 5; ++i)
         callAll();
-    EXPECT_EQ(HandleCount(), nBefore);
-    // Not every system counts.
+    EXPECT_EQ(CountOpenHandles(), nBefore);
     const FileHandle one(path, GENERIC_READ, FILE_SHARE_READ);
-    if (HandleCount() != nBefore + 1)
-        GTEST_SKIP() << "this system does not count a process's handles";
+    EXPECT_EQ(CountOpenHandles(), nBefore + 1) << "the count counts nothing";
 }
 
 // Run by full_disk_test.sh, which also makes the disk: the folder in TARN_FULL_DISK has an
@@ -498,9 +504,11 @@ TEST_F(ChrcExport, ThrowsAFileExceptionOnAFullDisk)
     const char* const pszFolder = std::getenv("TARN_FULL_DISK");
     if (pszFolder == nullptr)
         GTEST_SKIP() << "no full disk; see full_disk_test.sh";
-    // The text must not fit where its beginning does; separators too many make it long.
+    // Its beginning may fit, the text must not: separators too many make it longer than 2 KB.
     std::string folder(pszFolder);
-    folder.insert(folder.rfind('\\'), std::string(800, '\\'));
+    ASSERT_LT(folder.size(), 200U);
+    folder.insert(folder.rfind('\\'), std::string(220 - folder.size(), '\\'));
+    ASSERT_GT(FileModel(folder).size(), 2048U);
     const std::string path = folder + "\\embedch\\config\\chrc";
     const CallersState before = CallersState::Now();
     const Caught caught = CatchFrom(tarn, folder);
@@ -534,7 +542,8 @@ TEST_F(ChrcExportCodePage932, WritesUnderFoldersWithTrailBytesThatLookLikeBacksl
         for (const char* const pszEnd : {"", "\\", "/", "\\\\"})
         {
             ::DeleteFileA(path.c_str());
-            EXPECT_EQ(tarn.Write_ch_config_File((temp / (pszName + std::string(pszEnd))).c_str()), 1);
+            EXPECT_EQ(tarn.Write_ch_config_File((temp / (pszName + std::string(pszEnd))).c_str()),
+                      1);
             EXPECT_EQ(ReadBytes(path), FileModel(temp / pszName));
             EXPECT_NE(ReadBytes(path).find("\\\\" + std::string(pszName) + "\\\\embedch"),
                       std::string::npos);

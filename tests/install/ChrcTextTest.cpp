@@ -20,10 +20,26 @@ std::string TextFor(const std::string& folder)
 std::string RandomFolder(std::mt19937& random)
 {
     static const char* const kNames[] = {
-        "C:",       "App",          "Program Files", "a",        "/",         "//",
-        "\x95\x5C", "\x83\x5C",     "\x94\x5C",      "\x83\x5C\x83\x5C",      "x\x95\x5Cy",
-        "\xB1\xB2", "[KELDPATH]",   "..",            "%TEMP%",   "\"",        "\xE0\x5C\x5C",
-        "\x81",     "\x88\xC0\x91", "$",
+        "C:",
+        "App",
+        "Program Files",
+        "a",
+        "/",
+        "//",
+        "\x95\x5C",
+        "\x83\x5C",
+        "\x94\x5C",
+        "\x83\x5C\x83\x5C",
+        "x\x95\x5Cy",
+        "\xB1\xB2",
+        "[KELDPATH]",
+        "..",
+        "%TEMP%",
+        "\"",
+        "\xE0\x5C\x5C",
+        "\x81",
+        "\x88\xC0\x91",
+        "$",
     };
     std::string folder = random() % 4 == 0 ? std::string(1 + random() % 6, '\\') : "";
     const std::size_t nNames = 1 + random() % 5;

@@ -30,6 +30,7 @@ protected:
     {
         WriteBytes(source + "\\a.txt", kText);
     }
+    void SetUp() override { ASSERT_TRUE(tarn.IsComplete()); }
 
     int Copy(const std::string& from, const std::string& folder) const
     {
@@ -319,6 +320,12 @@ TEST_F(FileCopy, ClosesBothFiles)
 class FileCopyCodePage932 : public CodePage932
 {
 protected:
+    void SetUp() override
+    {
+        ASSERT_TRUE(tarn.IsComplete());
+        CodePage932::SetUp();
+    }
+
     // The names as the system stores them, so that a name that only looks the same is noticed.
     static bool HasWideName(const std::string& folder, const wchar_t* pszName)
     {
@@ -345,8 +352,8 @@ TEST_F(FileCopyCodePage932, KeepsNamesWhoseLastByteIsABackslashs)
         const char* pszName;
         const wchar_t* pszWide;
     } kCases[] = {
-        {"\x95\x5C", L"\x8868"},             // the character for "table"
-        {"\x83\x5C.txt", L"\x30BD.txt"},     // katakana SO
+        {"\x95\x5C", L"\x8868"},         // the character for "table"
+        {"\x83\x5C.txt", L"\x30BD.txt"}, // katakana SO
         {"\x94\x5C\x97\xCD", L"\x80FD\x529B"},
         {"\x95\x5C\x83\x5C\x94\x5C.dat", L"\x8868\x30BD\x80FD.dat"},
     };
@@ -388,5 +395,6 @@ TEST_F(FileCopyCodePage932, InsertsNoSeparatorBehindSuchAFolder)
     WriteBytes(source + "\\a.txt", "x");
     EXPECT_EQ(tarn.FileCopy((source + "\\a.txt").c_str(), target.c_str()), 1);
     EXPECT_EQ(TempFolder::Listing(target), "");
-    EXPECT_EQ(temp.Listing(), "source|\x95\x5C|\x95\x5C" "a.txt");
+    EXPECT_EQ(temp.Listing(), "source|\x95\x5C|\x95\x5C"
+                              "a.txt");
 }

@@ -43,8 +43,9 @@ std::string NamePartModel(const std::string& path, bool bDoubleByte)
 // Paths where separators, letters and bytes of double-byte characters meet in every order.
 std::string RandomPath(std::mt19937& random)
 {
-    static const char kBytes[] = {'\\', '\\', '/', '/', 'a', '.', ':', ' ', '\x95', '\x83', '\xE0',
-                                  '\xFC', '\x80', '\xA0', '\xFD', '\xFF', '\x01', '\x7F'};
+    static const char kBytes[] = {'\\',   '\\',   '/',    '/',    'a',    '.',
+                                  ':',    ' ',    '\x95', '\x83', '\xE0', '\xFC',
+                                  '\x80', '\xA0', '\xFD', '\xFF', '\x01', '\x7F'};
     std::string path(random() % 12, '\0');
     for (char& ch : path)
         ch = kBytes[random() % sizeof(kBytes)];
@@ -67,12 +68,23 @@ TEST(AddTrailingSeparator, LeavesTheEmptyPathEmpty)
 TEST(AddTrailingSeparator, AppendsOneBackslashUnlessASeparatorIsThere)
 {
     static constexpr Case kCases[] = {
-        {"C:\\dir", "C:\\dir\\"},    {"C:\\dir\\", "C:\\dir\\"},   {"C:\\dir/", "C:\\dir/"},
-        {"C:/dir", "C:/dir\\"},      {"C:/dir/", "C:/dir/"},       {"C:\\dir\\\\", "C:\\dir\\\\"},
-        {"C:\\dir//", "C:\\dir//"},  {"C:\\dir\\/", "C:\\dir\\/"}, {"C:\\dir/\\", "C:\\dir/\\"},
-        {"dir", "dir\\"},            {"C:", "C:\\"},               {"\\", "\\"},
-        {"/", "/"},                  {".", ".\\"},                 {" ", " \\"},
-        {"C:\\dir ", "C:\\dir \\"},  {"C:\\dir.", "C:\\dir.\\"},
+        {"C:\\dir", "C:\\dir\\"},
+        {"C:\\dir\\", "C:\\dir\\"},
+        {"C:\\dir/", "C:\\dir/"},
+        {"C:/dir", "C:/dir\\"},
+        {"C:/dir/", "C:/dir/"},
+        {"C:\\dir\\\\", "C:\\dir\\\\"},
+        {"C:\\dir//", "C:\\dir//"},
+        {"C:\\dir\\/", "C:\\dir\\/"},
+        {"C:\\dir/\\", "C:\\dir/\\"},
+        {"dir", "dir\\"},
+        {"C:", "C:\\"},
+        {"\\", "\\"},
+        {"/", "/"},
+        {".", ".\\"},
+        {" ", " \\"},
+        {"C:\\dir ", "C:\\dir \\"},
+        {"C:\\dir.", "C:\\dir.\\"},
     };
     for (const Case& c : kCases)
         EXPECT_EQ(Separated(c.pszPath), c.pszExpected) << c.pszPath;
@@ -104,13 +116,26 @@ TEST(FileNamePart, IsEmptyForTheEmptyPath)
 TEST(FileNamePart, IsWhatFollowsTheLastSeparator)
 {
     static constexpr Case kCases[] = {
-        {"D:\\pkg\\a.txt", "a.txt"},  {"D:/pkg/a.txt", "a.txt"}, {"D:\\x/y\\a.txt", "a.txt"},
-        {"D:/x\\y/a.txt", "a.txt"},   {"D:\\x\\y/a.txt", "a.txt"}, {"D:/x/y\\a.txt", "a.txt"},
-        {"a.txt", "a.txt"},           {"C:a.txt", "C:a.txt"},    {"\\a", "a"},
-        {"/a", "a"},                  {"C:\\dir\\", ""},         {"C:\\dir/", ""},
-        {"C:/dir\\", ""},             {"\\", ""},                {"/", ""},
-        {"\\\\", ""},                 {"a\\\\b", "b"},           {"C:\\dir\\a b.txt ", "a b.txt "},
-        {"C:\\dir\\..", ".."},        {"C:\\dir\\a:b", "a:b"},
+        {"D:\\pkg\\a.txt", "a.txt"},
+        {"D:/pkg/a.txt", "a.txt"},
+        {"D:\\x/y\\a.txt", "a.txt"},
+        {"D:/x\\y/a.txt", "a.txt"},
+        {"D:\\x\\y/a.txt", "a.txt"},
+        {"D:/x/y\\a.txt", "a.txt"},
+        {"a.txt", "a.txt"},
+        {"C:a.txt", "C:a.txt"},
+        {"\\a", "a"},
+        {"/a", "a"},
+        {"C:\\dir\\", ""},
+        {"C:\\dir/", ""},
+        {"C:/dir\\", ""},
+        {"\\", ""},
+        {"/", ""},
+        {"\\\\", ""},
+        {"a\\\\b", "b"},
+        {"C:\\dir\\a b.txt ", "a b.txt "},
+        {"C:\\dir\\..", ".."},
+        {"C:\\dir\\a:b", "a:b"},
     };
     for (const Case& c : kCases)
         EXPECT_EQ(NamePart(c.pszPath), c.pszExpected) << c.pszPath;

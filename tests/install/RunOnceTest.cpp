@@ -3,6 +3,7 @@
 #include "tests/support/CodePage932.h"
 #include "tests/support/ImportPatch.h"
 #include "tests/support/LoadedTarn.h"
+#include "tests/support/OpenHandles.h"
 #include "tests/support/RegistrySandbox.h"
 
 #include <gtest/gtest.h>
@@ -38,8 +39,8 @@ DWORD CountValues(const char* pszKey)
     DWORD nValues = 0;
     if (::RegOpenKeyExA(HKEY_CURRENT_USER, pszKey, 0, KEY_READ, &hKey) != ERROR_SUCCESS)
         return 0;
-    ::RegQueryInfoKeyA(hKey, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, &nValues, nullptr,
-                       nullptr, nullptr, nullptr);
+    ::RegQueryInfoKeyA(hKey, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, &nValues,
+                       nullptr, nullptr, nullptr, nullptr);
     ::RegCloseKey(hKey);
     return nValues;
 }
@@ -129,7 +130,11 @@ private:
 class RunOnce : public testing::Test
 {
 protected:
-    void SetUp() override { MakeKey(kRunOnce); }
+    void SetUp() override
+    {
+        ASSERT_TRUE(tarn.IsComplete());
+        MakeKey(kRunOnce);
+    }
 
     const LoadedTarn tarn;
     const RegistrySandbox sandbox;
@@ -313,6 +318,26 @@ TEST_F(RunOnce, FailsWhenTheUserMayNotOpenTheKeyWithFullAccess)
     ::RegCloseKey(hKey);
 }
 
+TEST_F(RunOnce, LeavesNoKeyOpen)
+{
+    const Recorder recorder(tarn.Module());
+    const auto callAll = [&] {
+        g_nSetResult = ERROR_SUCCESS;
+        EXPECT_EQ(tarn.PutInRunOnce("Name", "command"), 1);
+        g_nSetResult = ERROR_ACCESS_DENIED;
+        EXPECT_EQ(tarn.PutInRunOnce("Name", "command"), 0);
+    };
+    callAll(); // what is made on first use
+    const int nBefore = CountOpenHandles();
+    for (int i = 0; i < 5; ++i)
+        callAll();
+    EXPECT_EQ(CountOpenHandles(), nBefore);
+    HKEY hKey = nullptr;
+    ASSERT_EQ(::RegOpenKeyExA(HKEY_CURRENT_USER, kRunOnce, 0, KEY_READ, &hKey), ERROR_SUCCESS);
+    EXPECT_EQ(CountOpenHandles(), nBefore + 1) << "the count counts nothing";
+    ::RegCloseKey(hKey);
+}
+
 TEST_F(RunOnce, LeavesTheCallersStateAsItWas)
 {
     const CallersState before = CallersState::Now();
@@ -329,6 +354,7 @@ TEST(RunOnceOfTheUser, GetsTheValue)
         GTEST_SKIP() << "this user has no RunOnce key";
     const std::string name = "Tarn test " + std::to_string(::GetCurrentProcessId());
     const LoadedTarn tarn;
+    ASSERT_TRUE(tarn.IsComplete());
     EXPECT_EQ(tarn.PutInRunOnce(name.c_str(), "cmd.exe /c exit"), 1);
     ExpectStored(name.c_str(), "cmd.exe /c exit");
     EXPECT_EQ(::RegDeleteKeyValueA(HKEY_CURRENT_USER, kRunOnce, name.c_str()), ERROR_SUCCESS);
@@ -337,6 +363,12 @@ TEST(RunOnceOfTheUser, GetsTheValue)
 class RunOnceCodePage932 : public CodePage932
 {
 protected:
+    void SetUp() override
+    {
+        ASSERT_TRUE(tarn.IsComplete());
+        CodePage932::SetUp();
+    }
+
     const LoadedTarn tarn;
     const RegistrySandbox sandbox;
 };

@@ -29,8 +29,14 @@ protected:
         GTEST_SKIP() << "the ANSI code page is " << ::GetACP() << ", not 932";
     }
 #else
-    void SetUp() override { AfxSetNativeCodePage(932); }
-    void TearDown() override { AfxSetNativeCodePage(1252); }
+    void SetUp() override
+    {
+        AfxSetNativeCodePage(932);
+    }
+    void TearDown() override
+    {
+        AfxSetNativeCodePage(1252);
+    }
 #endif
 };
 

@@ -99,8 +99,7 @@ void MessageBoxDriver::Watch()
             continue;
         m_boxes.push_back({TextOf(hBox), parts.text, parts.nButtons});
         hAnswered = hBox;
-        ::PostMessageA(hBox, WM_COMMAND,
-                       MAKEWPARAM(::GetDlgCtrlID(parts.hButton), BN_CLICKED),
+        ::PostMessageA(hBox, WM_COMMAND, MAKEWPARAM(::GetDlgCtrlID(parts.hButton), BN_CLICKED),
                        reinterpret_cast<LPARAM>(parts.hButton));
     }
 }

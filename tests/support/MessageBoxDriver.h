@@ -32,7 +32,7 @@ private:
     void Watch();
 
     DWORD m_nLimit;
-    HANDLE m_hStop;                        // owned; set by Stop
-    std::vector<SeenMessageBox> m_boxes;   // the thread's until it has ended
-    HANDLE m_hThread;                      // owned; null when it has ended
+    HANDLE m_hStop;                      // owned; set by Stop
+    std::vector<SeenMessageBox> m_boxes; // the thread's until it has ended
+    HANDLE m_hThread;                    // owned; null when it has ended
 };

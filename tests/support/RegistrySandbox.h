@@ -12,8 +12,8 @@ class RegistrySandbox
 public:
     RegistrySandbox() : m_path("Software\\Tarn tests " + std::to_string(::GetCurrentProcessId()))
     {
-        if (::RegCreateKeyExA(HKEY_CURRENT_USER, m_path.c_str(), 0, nullptr, 0,
-                              KEY_ALL_ACCESS, nullptr, &m_hKey, nullptr) != ERROR_SUCCESS)
+        if (::RegCreateKeyExA(HKEY_CURRENT_USER, m_path.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS,
+                              nullptr, &m_hKey, nullptr) != ERROR_SUCCESS)
             throw std::runtime_error("cannot make the key " + m_path);
         if (::RegOverridePredefKey(HKEY_CURRENT_USER, m_hKey) != ERROR_SUCCESS)
             throw std::runtime_error("cannot redirect HKEY_CURRENT_USER");
@@ -61,10 +61,10 @@ inline RegistryValue ReadValue(const char* pszKey, const char* pszName)
     if (::RegQueryValueExA(hKey, pszName, nullptr, &value.nType, nullptr, &cb) == ERROR_SUCCESS)
     {
         value.bytes.resize(cb);
-        value.bExists = ::RegQueryValueExA(hKey, pszName, nullptr, &value.nType,
-                                           reinterpret_cast<BYTE*>(value.bytes.data()),
-                                           &cb) == ERROR_SUCCESS &&
-                        cb == value.bytes.size();
+        value.bExists =
+            ::RegQueryValueExA(hKey, pszName, nullptr, &value.nType,
+                               reinterpret_cast<BYTE*>(value.bytes.data()), &cb) == ERROR_SUCCESS &&
+            cb == value.bytes.size();
     }
     ::RegCloseKey(hKey);
     return value;

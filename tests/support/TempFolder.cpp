@@ -34,7 +34,8 @@ void RemoveTree(const std::wstring& folder)
                 RemoveTree(path);
             else
                 ::DeleteFileW(path.c_str());
-        } while (::FindNextFileW(hFind, &found));
+        }
+        while (::FindNextFileW(hFind, &found));
         ::FindClose(hFind);
     }
     ::RemoveDirectoryW(folder.c_str());
@@ -84,7 +85,8 @@ std::string TempFolder::Listing(const std::string& folder)
         const std::string name(found.cFileName);
         if (name != "." && name != "..")
             names.push_back(name);
-    } while (::FindNextFileA(hFind, &found));
+    }
+    while (::FindNextFileA(hFind, &found));
     ::FindClose(hFind);
     std::sort(names.begin(), names.end());
     std::string listing;
@@ -112,10 +114,10 @@ void WriteBytes(const std::string& path, const std::string& bytes)
     HANDLE const hFile = ::CreateFileA(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
                                        FILE_ATTRIBUTE_NORMAL, nullptr);
     DWORD cbWritten = 0;
-    const bool bWritten = hFile != INVALID_HANDLE_VALUE &&
-                          ::WriteFile(hFile, bytes.data(), static_cast<DWORD>(bytes.size()),
-                                      &cbWritten, nullptr) &&
-                          cbWritten == bytes.size();
+    const bool bWritten =
+        hFile != INVALID_HANDLE_VALUE &&
+        ::WriteFile(hFile, bytes.data(), static_cast<DWORD>(bytes.size()), &cbWritten, nullptr) &&
+        cbWritten == bytes.size();
     if (hFile != INVALID_HANDLE_VALUE)
         ::CloseHandle(hFile);
     if (!bWritten)
