@@ -167,4 +167,41 @@ TEST(AllocationFailureOfTheDll, IsTheMemoryException)
     EXPECT_STREQ(szMessage, "untouched");
     EXPECT_EQ(text, std::string(1000, 'x') + "@b.c");
 }
+
+// A thread without memory for a state of its own can still throw, and takes nothing with it when it
+// ends: there are more threads here than the library has places for such.
+TEST(AllocationFailureOfTheDll, OnTheFirstCallOfAThreadIsThrownOnAnyNumberOfThreads)
+{
+    const Library library(Form::Loaded);
+    ASSERT_TRUE(library.IsComplete());
+    struct Work
+    {
+        const Library& library;
+        int nCaught;
+    } work = {library, 0};
+    for (int i = 0; i < 200; ++i)
+    {
+        HANDLE const hThread = ::CreateThread(
+            nullptr, 0,
+            [](LPVOID pWork) -> DWORD {
+                auto& own = *static_cast<Work*>(pWork);
+                AllocationFaults faults(own.library.Module());
+                faults.Arm(1, AllocationFaults::After::StaysOut);
+                try
+                {
+                    own.library.CloseWaitDlg();
+                }
+                catch (CMemoryException* pException)
+                {
+                    ++own.nCaught;
+                    pException->Delete();
+                }
+                return 0;
+            },
+            &work, 0, nullptr);
+        ASSERT_EQ(::WaitForSingleObject(hThread, 60000), WAIT_OBJECT_0);
+        ::CloseHandle(hThread);
+        ASSERT_EQ(work.nCaught, i + 1);
+    }
+}
 } // namespace
