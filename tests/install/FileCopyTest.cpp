@@ -283,6 +283,35 @@ TEST_F(FileCopy, FailsWhenTheDestinationIsReadOnly)
     EXPECT_NE(::GetFileAttributesA(copy.c_str()) & FILE_ATTRIBUTE_READONLY, 0U);
 }
 
+// Windows refuses; what else runs Windows programs may not. The system's own answer is the measure.
+TEST_F(FileCopy, ReplacesAHiddenOrSystemFileIfTheSystemDoes)
+{
+    for (const DWORD nAttribute : {DWORD{FILE_ATTRIBUTE_HIDDEN}, DWORD{FILE_ATTRIBUTE_SYSTEM}})
+    {
+        const std::string from = source + "\\a.txt";
+        for (const char* const pszName : {"\\by system.txt", "\\a.txt"})
+        {
+            WriteBytes(target + pszName, "old");
+            ::SetFileAttributesA((target + pszName).c_str(), nAttribute);
+        }
+        const BOOL bReplaced =
+            ::CopyFileA(from.c_str(), (target + "\\by system.txt").c_str(), FALSE);
+        EXPECT_EQ(Copy(from, target + "\\"), bReplaced ? 1 : 0);
+        EXPECT_EQ(ReadBytes(target + "\\a.txt"), bReplaced ? kText : "old");
+        for (const char* const pszName : {"\\by system.txt", "\\a.txt"})
+        {
+            ::SetFileAttributesA((target + pszName).c_str(), FILE_ATTRIBUTE_NORMAL);
+            ::DeleteFileA((target + pszName).c_str());
+        }
+    }
+}
+
+TEST_F(FileCopy, DoesNoHarmToAFileThatIsCopiedToItself)
+{
+    EXPECT_EQ(Copy(source + "\\a.txt", source + "\\"), 0);
+    EXPECT_EQ(ReadBytes(source + "\\a.txt"), kText);
+}
+
 TEST_F(FileCopy, FailsForPathsThatAreTooLong)
 {
     const std::string name(40000, 'x');
