@@ -34,8 +34,7 @@ BOOL CDialog::Create(UINT nIDTemplate, CWnd* pParentWnd)
     const ProcessActCtx context;
     HWND const hWndParent = pParentWnd != nullptr ? pParentWnd->GetSafeHwnd() : nullptr;
     return ::CreateDialogParamA(AfxGetResourceHandle(), MAKEINTRESOURCEA(nIDTemplate), hWndParent,
-                                &CDialog::DialogProc,
-                                reinterpret_cast<LPARAM>(this)) != nullptr;
+                                &CDialog::DialogProc, reinterpret_cast<LPARAM>(this)) != nullptr;
 }
 
 INT_PTR CDialog::DoModal()

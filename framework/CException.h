@@ -21,7 +21,8 @@ public:
 
     // Writes what went wrong into a buffer of nMaxError bytes, cut to fit and terminated. Returns
     // FALSE, with an empty text, when there is nothing to say.
-    virtual BOOL GetErrorMessage(LPSTR lpszError, UINT nMaxError, UINT* pnHelpContext = nullptr) const;
+    virtual BOOL GetErrorMessage(LPSTR lpszError, UINT nMaxError,
+                                 UINT* pnHelpContext = nullptr) const;
 
 #ifdef _WIN32
     // Shows the error message in a message box of the given type and returns the button chosen. An

@@ -16,8 +16,7 @@ public:
     explicit CFileDialog(BOOL bOpenFileDialog, LPCSTR lpszDefExt = nullptr,
                          LPCSTR lpszFileName = nullptr,
                          DWORD dwFlags = OFN_HIDEREADONLY | OFN_OVERWRITEPROMPT,
-                         LPCSTR lpszFilter = nullptr, CWnd* pParentWnd = nullptr,
-                         DWORD dwSize = 0);
+                         LPCSTR lpszFilter = nullptr, CWnd* pParentWnd = nullptr, DWORD dwSize = 0);
 
     OPENFILENAMEA& GetOFN() { return m_ofn; }
 
@@ -30,6 +29,6 @@ public:
     OPENFILENAMEA m_ofn = {};
 
 private:
-    CString m_strFilter;             // the zero-separated form of the filter
+    CString m_strFilter;              // the zero-separated form of the filter
     char m_szFileName[MAX_PATH] = ""; // in and out
 };

@@ -2,7 +2,8 @@
 
 #include <new>
 
-BOOL CInvalidArgException::GetErrorMessage(LPSTR lpszError, UINT nMaxError, UINT* pnHelpContext) const
+BOOL CInvalidArgException::GetErrorMessage(LPSTR lpszError, UINT nMaxError,
+                                           UINT* pnHelpContext) const
 {
     if (pnHelpContext != nullptr)
         *pnHelpContext = 0;

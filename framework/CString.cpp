@@ -104,7 +104,8 @@ void CString::Release() noexcept
     if (pData->nRefs.load(std::memory_order_relaxed) == CStringData::kUnshared)
         return;
     if (pData->nRefs.fetch_sub(1, std::memory_order_acq_rel) == 1)
-        ::operator delete(pData);
+        ::operator delete(
+            pData); // NOLINT(clang-analyzer-cplusplus.NewDelete): shared, so never g_empty
 }
 
 // Whether nLength bytes may be written in place.
@@ -147,6 +148,7 @@ CString::CString(char ch, int nRepeat) : CString()
     }
 }
 
+// NOLINTNEXTLINE(bugprone-unhandled-self-assignment): one block is compared with the other
 CString& CString::operator=(const CString& strSrc)
 {
     if (GetData() != strSrc.GetData())
@@ -304,7 +306,7 @@ CString CString::Left(int nCount) const
 
 CString CString::Right(int nCount) const
 {
-    return nCount <= 0 ? CString() : Mid(GetLength() - nCount);
+    return nCount <= 0 ? CString() : Mid(GetLength() - nCount, nCount);
 }
 
 int CString::Find(char ch, int iStart) const noexcept

@@ -91,10 +91,7 @@ protected:
     void SetString(const char* pch, int nLength);
 
 private:
-    CStringData* GetData() const noexcept
-    {
-        return reinterpret_cast<CStringData*>(m_pszData) - 1;
-    }
+    CStringData* GetData() const noexcept { return reinterpret_cast<CStringData*>(m_pszData) - 1; }
 
     static CStringData* Allocate(int nLength);
     static CStringData* Reference(CStringData* pData);
@@ -106,24 +103,78 @@ private:
     char* m_pszData; // the characters of a CStringData
 };
 
-inline bool operator==(const CString& str1, LPCSTR psz2) noexcept { return str1.Compare(psz2) == 0; }
-inline bool operator!=(const CString& str1, LPCSTR psz2) noexcept { return str1.Compare(psz2) != 0; }
-inline bool operator<(const CString& str1, LPCSTR psz2) noexcept { return str1.Compare(psz2) < 0; }
-inline bool operator>(const CString& str1, LPCSTR psz2) noexcept { return str1.Compare(psz2) > 0; }
-inline bool operator<=(const CString& str1, LPCSTR psz2) noexcept { return str1.Compare(psz2) <= 0; }
-inline bool operator>=(const CString& str1, LPCSTR psz2) noexcept { return str1.Compare(psz2) >= 0; }
-inline bool operator==(const CString& str1, const CString& str2) noexcept { return str1.Compare(str2) == 0; }
-inline bool operator!=(const CString& str1, const CString& str2) noexcept { return str1.Compare(str2) != 0; }
-inline bool operator<(const CString& str1, const CString& str2) noexcept { return str1.Compare(str2) < 0; }
-inline bool operator>(const CString& str1, const CString& str2) noexcept { return str1.Compare(str2) > 0; }
-inline bool operator<=(const CString& str1, const CString& str2) noexcept { return str1.Compare(str2) <= 0; }
-inline bool operator>=(const CString& str1, const CString& str2) noexcept { return str1.Compare(str2) >= 0; }
-inline bool operator==(LPCSTR psz1, const CString& str2) noexcept { return str2.Compare(psz1) == 0; }
-inline bool operator!=(LPCSTR psz1, const CString& str2) noexcept { return str2.Compare(psz1) != 0; }
-inline bool operator<(LPCSTR psz1, const CString& str2) noexcept { return str2.Compare(psz1) > 0; }
-inline bool operator>(LPCSTR psz1, const CString& str2) noexcept { return str2.Compare(psz1) < 0; }
-inline bool operator<=(LPCSTR psz1, const CString& str2) noexcept { return str2.Compare(psz1) >= 0; }
-inline bool operator>=(LPCSTR psz1, const CString& str2) noexcept { return str2.Compare(psz1) <= 0; }
+inline bool operator==(const CString& str1, LPCSTR psz2) noexcept
+{
+    return str1.Compare(psz2) == 0;
+}
+inline bool operator!=(const CString& str1, LPCSTR psz2) noexcept
+{
+    return str1.Compare(psz2) != 0;
+}
+inline bool operator<(const CString& str1, LPCSTR psz2) noexcept
+{
+    return str1.Compare(psz2) < 0;
+}
+inline bool operator>(const CString& str1, LPCSTR psz2) noexcept
+{
+    return str1.Compare(psz2) > 0;
+}
+inline bool operator<=(const CString& str1, LPCSTR psz2) noexcept
+{
+    return str1.Compare(psz2) <= 0;
+}
+inline bool operator>=(const CString& str1, LPCSTR psz2) noexcept
+{
+    return str1.Compare(psz2) >= 0;
+}
+inline bool operator==(const CString& str1, const CString& str2) noexcept
+{
+    return str1.Compare(str2) == 0;
+}
+inline bool operator!=(const CString& str1, const CString& str2) noexcept
+{
+    return str1.Compare(str2) != 0;
+}
+inline bool operator<(const CString& str1, const CString& str2) noexcept
+{
+    return str1.Compare(str2) < 0;
+}
+inline bool operator>(const CString& str1, const CString& str2) noexcept
+{
+    return str1.Compare(str2) > 0;
+}
+inline bool operator<=(const CString& str1, const CString& str2) noexcept
+{
+    return str1.Compare(str2) <= 0;
+}
+inline bool operator>=(const CString& str1, const CString& str2) noexcept
+{
+    return str1.Compare(str2) >= 0;
+}
+inline bool operator==(LPCSTR psz1, const CString& str2) noexcept
+{
+    return str2.Compare(psz1) == 0;
+}
+inline bool operator!=(LPCSTR psz1, const CString& str2) noexcept
+{
+    return str2.Compare(psz1) != 0;
+}
+inline bool operator<(LPCSTR psz1, const CString& str2) noexcept
+{
+    return str2.Compare(psz1) > 0;
+}
+inline bool operator>(LPCSTR psz1, const CString& str2) noexcept
+{
+    return str2.Compare(psz1) < 0;
+}
+inline bool operator<=(LPCSTR psz1, const CString& str2) noexcept
+{
+    return str2.Compare(psz1) >= 0;
+}
+inline bool operator>=(LPCSTR psz1, const CString& str2) noexcept
+{
+    return str2.Compare(psz1) <= 0;
+}
 
 CString operator+(const CString& str1, const CString& str2);
 CString operator+(const CString& str1, LPCSTR psz2);

@@ -33,7 +33,6 @@ void GetModuleTitle(HINSTANCE hInstance, char (&szTitle)[MAX_PATH])
 CWinApp::CWinApp(LPCSTR lpszAppName)
     : m_pszAppName(lpszAppName), m_hInstance(AfxGetModuleState()->m_hCurrentInstanceHandle)
 {
-    m_szModuleName[0] = '\0';
     if (m_pszAppName == nullptr)
     {
         GetModuleTitle(m_hInstance, m_szModuleName);

@@ -24,7 +24,7 @@ public:
     DECLARE_MESSAGE_MAP()
 
 private:
-    char m_szModuleName[MAX_PATH]; // what m_pszAppName points to without a given name
+    char m_szModuleName[MAX_PATH] = {}; // what m_pszAppName points to without a given name
 };
 
 // Tells the framework, in a program, what the system gave to WinMain. Returns TRUE.

@@ -25,8 +25,9 @@ public:
     DWORD m_nThreadID = 0;
 
 private:
-    friend CWinThread* AfxBeginThread(AFX_THREADPROC, LPVOID, int, UINT, DWORD,
-                                      LPSECURITY_ATTRIBUTES);
+    friend CWinThread* AfxBeginThread(AFX_THREADPROC pfnThreadProc, LPVOID pParam, int nPriority,
+                                      UINT nStackSize, DWORD dwCreateFlags,
+                                      LPSECURITY_ATTRIBUTES lpSecurityAttrs);
 
     CWinThread(AFX_THREADPROC pfnThreadProc, LPVOID pParam);
     BOOL CreateThread(UINT nStackSize, LPSECURITY_ATTRIBUTES lpSecurityAttrs);
@@ -46,7 +47,8 @@ private:
 // Returns null when no thread can be made; throws CMemoryException when memory runs out.
 CWinThread* AfxBeginThread(AFX_THREADPROC pfnThreadProc, LPVOID pParam,
                            int nPriority = THREAD_PRIORITY_NORMAL, UINT nStackSize = 0,
-                           DWORD dwCreateFlags = 0, LPSECURITY_ATTRIBUTES lpSecurityAttrs = nullptr);
+                           DWORD dwCreateFlags = 0,
+                           LPSECURITY_ATTRIBUTES lpSecurityAttrs = nullptr);
 
 // The calling thread's object: of a thread that AfxBeginThread started, else the application, which
 // stands for the thread that it runs on. Null without either.

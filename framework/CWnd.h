@@ -65,7 +65,7 @@ protected:
 
 private:
     friend class AFX_MODULE_STATE;
-    friend LRESULT CALLBACK AfxWndProc(HWND, UINT, WPARAM, LPARAM);
+    friend LRESULT CALLBACK AfxWndProc(HWND hWnd, UINT message, WPARAM wParam, LPARAM lParam);
 
     explicit CWnd(HWND hWnd) : m_hWnd(hWnd) {} // a marker, not attached
 

@@ -2,7 +2,7 @@
 #include "CWinApp.h"
 #include "CWnd.h"
 #include "ExceptionRuntime.h"
-#include "Memory.h"
+#include "Heap.h"
 #include "ModuleState.h"
 #include "ThreadState.h"
 

@@ -5,7 +5,7 @@
 // out. Ours throw without allocating: the exceptions here are pointers, a few at a time.
 #include "ExceptionRuntime.h"
 
-#include "Memory.h"
+#include "Heap.h"
 #include "ThreadState.h"
 
 #include <cxxabi.h>
@@ -45,7 +45,7 @@ ExceptionStorage* FindFreeStorage() noexcept
 // belongs to its thread until that ends.
 struct ThreadEntry
 {
-    LONG volatile nThreadID; // 0: free
+    LONG volatile nThreadID = 0; // 0: free
     AfxThreadExceptions exceptions;
 };
 constexpr int kThreads = 64;

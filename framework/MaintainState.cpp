@@ -1,10 +1,11 @@
 #include "MaintainState.h"
 
 AFX_MAINTAIN_STATE2::AFX_MAINTAIN_STATE2(AFX_MODULE_STATE* pNewState)
-    : m_pThreadState(AfxGetThreadState()), m_ulActCtxCookie(0)
+    : m_pPrevModuleState(nullptr), m_pThreadState(AfxGetThreadState())
 {
     m_pPrevModuleState = m_pThreadState->m_pModuleState;
     m_pThreadState->m_pModuleState = pNewState;
+    // NOLINTNEXTLINE(cppcoreguidelines-prefer-member-initializer): the state comes first
     m_bValidActCtxCookie = AfxActivateActCtx(pNewState->GetActivationContext(), &m_ulActCtxCookie);
 }
 

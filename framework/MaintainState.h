@@ -18,8 +18,8 @@ public:
 protected:
     AFX_MODULE_STATE* m_pPrevModuleState;
     _AFX_THREAD_STATE* m_pThreadState;
-    ULONG_PTR m_ulActCtxCookie;
-    BOOL m_bValidActCtxCookie;
+    ULONG_PTR m_ulActCtxCookie = 0;
+    BOOL m_bValidActCtxCookie = FALSE;
 };
 
 #define AFX_MANAGE_STATE(p) AFX_MAINTAIN_STATE2 _ctlState(p)

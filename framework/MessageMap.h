@@ -24,7 +24,7 @@ struct AFX_MSGMAP
 
 #define AFX_MSGMAP_END                                                                             \
     {                                                                                              \
-        0, nullptr, nullptr                                                                     \
+        0, nullptr, nullptr                                                                        \
     }
 
 #define DECLARE_MESSAGE_MAP()                                                                      \

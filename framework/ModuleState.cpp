@@ -30,7 +30,8 @@ HANDLE AFX_MODULE_STATE::GetActivationContext() noexcept
     actctx.hModule = m_hCurrentInstanceHandle;
     // Not the number that the loader looks for: it would make a context at load, for static imports
     // that do not need one.
-    actctx.lpResourceName = MAKEINTRESOURCEA(3); // ISOLATIONAWARE_NOSTATICIMPORT_MANIFEST_RESOURCE_ID
+    actctx.lpResourceName =
+        MAKEINTRESOURCEA(3); // ISOLATIONAWARE_NOSTATICIMPORT_MANIFEST_RESOURCE_ID
     HANDLE const hNew = ::CreateActCtxA(&actctx);
     if (hNew == INVALID_HANDLE_VALUE)
         return hNew;

@@ -11,9 +11,9 @@ extern "C" __attribute__((used)) const char* const tarn_core_resources_used = &t
 namespace
 {
 // Before every other static object: application objects register with them.
-AFX_MODULE_STATE g_appModuleState __attribute__((init_priority(101)))(FALSE, &AfxWndProc);
-AFX_MODULE_STATE g_libraryModuleState __attribute__((init_priority(101)))(TRUE,
-                                                                          &AfxWndProcDllStatic);
+AFX_MODULE_STATE g_appModuleState __attribute__((init_priority(101))) (FALSE, &AfxWndProc);
+AFX_MODULE_STATE g_libraryModuleState
+    __attribute__((init_priority(101))) (TRUE, &AfxWndProcDllStatic);
 } // namespace
 
 AFX_MODULE_STATE* AfxGetStaticModuleState() noexcept

@@ -10,6 +10,7 @@ CString AddTrailingSeparator(CString strPath)
     return strPath;
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): by value is part of the interface
 CString FileNamePart(CString strPath)
 {
     const int nBackslash = strPath.ReverseFind('\\');

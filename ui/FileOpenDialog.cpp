@@ -9,7 +9,7 @@ namespace
 {
 bool HasText(const char* psz)
 {
-    return psz != NULL && *psz != '\0';
+    return psz != nullptr && *psz != '\0';
 }
 } // namespace
 
@@ -18,7 +18,7 @@ extern "C" int DoFileOpenDialog(char* initialFolder, char* title, const char* fi
 {
     TARN_EXPORT_GUARD();
     const CString strFileName(path);
-    CFileDialog dlg(TRUE, defaultExtension, strFileName, OFN_FILEMUSTEXIST, filter, NULL, 0);
+    CFileDialog dlg(TRUE, defaultExtension, strFileName, OFN_FILEMUSTEXIST, filter, nullptr, 0);
     if (HasText(initialFolder))
         dlg.GetOFN().lpstrInitialDir = initialFolder;
     if (HasText(title))
@@ -26,6 +26,6 @@ extern "C" int DoFileOpenDialog(char* initialFolder, char* title, const char* fi
     if (dlg.DoModal() != IDOK)
         return 0;
     const CString strPath = dlg.GetPathName();
-    std::strcpy(path, strPath);
+    std::memcpy(path, strPath, static_cast<std::size_t>(strPath.GetLength()) + 1);
     return 1;
 }

@@ -4,16 +4,16 @@
 
 // The one wait window that CloseWaitDlg knows; null when none is open. Owned; touched by the two
 // exports here only, on the caller's thread.
-static CWaitDlgModless* g_pWaitDlg = NULL;
+static CWaitDlgModless* g_pWaitDlg = nullptr;
 
 extern "C" int DoWaitDlgModless(HWND parent, const char* title, const char* message)
 {
     TARN_EXPORT_GUARD();
     // An older window that was not closed stays on its own until its watchdog hides it.
-    g_pWaitDlg = new CWaitDlgModless(NULL);
+    g_pWaitDlg = new CWaitDlgModless(nullptr);
     g_pWaitDlg->m_strTitle = title;
     g_pWaitDlg->m_strMessage = message;
-    g_pWaitDlg->Create(IDD_WAITDLG, NULL);
+    g_pWaitDlg->Create(IDD_WAITDLG, nullptr);
 
     RECT rcParent;
     if (::GetWindowRect(parent, &rcParent))
@@ -35,11 +35,11 @@ extern "C" int DoWaitDlgModless(HWND parent, const char* title, const char* mess
 extern "C" int CloseWaitDlg(void)
 {
     TARN_EXPORT_GUARD();
-    if (g_pWaitDlg != NULL)
+    if (g_pWaitDlg != nullptr)
     {
         CWaitDlgModless* const pDlg = g_pWaitDlg;
         pDlg->DestroyWindow();
-        g_pWaitDlg = NULL;
+        g_pWaitDlg = nullptr;
         delete pDlg;
     }
     return 0;

@@ -25,7 +25,7 @@ HWND Exchange(WaitJobBlock& job, HWND hWnd)
 }
 } // namespace
 
-static_assert(sizeof(WaitJobBlock) == 4 * 8, "four words");
+static_assert(sizeof(WaitJobBlock) == 32, "four words");
 static_assert(offsetof(WaitJobBlock, hWnd) == 0 && offsetof(WaitJobBlock, pArg) == 8 &&
                   offsetof(WaitJobBlock, nResult) == 16 && offsetof(WaitJobBlock, pfnJob) == 24,
               "in this order");
@@ -50,14 +50,13 @@ BEGIN_MESSAGE_MAP(CWaitDlgModless, CDialog)
 END_MESSAGE_MAP()
 
 CWaitDlgModless::CWaitDlgModless(CWnd* pParent)
-    : CDialog(IDD_WAITDLG, pParent), m_strMessage(""), m_strTitle(""), m_pThread(NULL), m_job(),
-      m_nTicks(0), m_nTimerID(0)
+    : CDialog(IDD_WAITDLG, pParent), m_strMessage(""), m_strTitle("")
 {
 }
 
 CWaitDlgModless::~CWaitDlgModless()
 {
-    if (m_pThread != NULL)
+    if (m_pThread != nullptr)
     {
         ::WaitForSingleObject(m_pThread->m_hThread, INFINITE);
         delete m_pThread;
@@ -72,10 +71,10 @@ BOOL CWaitDlgModless::OnInitDialog()
     if (!m_strTitle.IsEmpty())
         SetWindowText(m_strTitle);
     CDialog::OnInitDialog();
-    m_nTimerID = static_cast<UINT>(SetTimer(kTimerID, kTickMilliseconds, NULL));
+    m_nTimerID = static_cast<UINT>(SetTimer(kTimerID, kTickMilliseconds, nullptr));
     SetWindowPos(&wndTopMost, 0, 0, 0, 0, SWP_NOSIZE | SWP_NOMOVE);
     m_job.hWnd = m_hWnd;
-    if (m_job.pfnJob != NULL)
+    if (m_job.pfnJob != nullptr)
         m_pThread = AfxBeginThread(WaitDlgThreadProc, &m_job);
     return TRUE;
 }
@@ -108,10 +107,10 @@ CWaitDlgModless* CWaitDlgModless::FromBlock(WaitJobBlock* pBlock)
 
 void CWaitDlgModless::KillWorker()
 {
-    if (m_pThread == NULL)
+    if (m_pThread == nullptr)
         return;
     HWND const hWnd = Exchange(m_job, kWaitJobKilled);
-    const bool bInJob = hWnd != NULL && hWnd != kWaitJobKilled;
+    const bool bInJob = hWnd != nullptr && hWnd != kWaitJobKilled;
     if (bInJob && ::WaitForSingleObject(m_pThread->m_hThread, 0) == WAIT_TIMEOUT)
     {
         ::TerminateThread(m_pThread->m_hThread, 0);
@@ -123,26 +122,26 @@ void CWaitDlgModless::KillWorker()
 bool CWaitDlgModless::LeaveToWorker()
 {
     // A thread that somebody terminated will not delete anything.
-    if (m_pThread == NULL || ::WaitForSingleObject(m_pThread->m_hThread, 0) != WAIT_TIMEOUT)
+    if (m_pThread == nullptr || ::WaitForSingleObject(m_pThread->m_hThread, 0) != WAIT_TIMEOUT)
         return false;
     HWND const hWnd = Exchange(m_job, kWaitJobAbandoned);
-    return hWnd != NULL && hWnd != kWaitJobKilled;
+    return hWnd != nullptr && hWnd != kWaitJobKilled;
 }
 
 UINT WaitDlgThreadProc(LPVOID pBlock)
 {
     // Before anything else: from its start the dialog owns the thread object and waits on its handle.
     CWinThread* const pThread = AfxGetThread();
-    if (pThread != NULL)
+    if (pThread != nullptr)
         pThread->m_bAutoDelete = FALSE;
 
     WaitJobBlock& job = *static_cast<WaitJobBlock*>(pBlock);
-    if (job.pfnJob == NULL)
+    if (job.pfnJob == nullptr)
         return 0;
     HWND const hWndForJob = job.hWnd;
-    job.nResult = job.pfnJob(job.pArg, IsWindowOrNull(hWndForJob) ? hWndForJob : NULL);
+    job.nResult = job.pfnJob(job.pArg, IsWindowOrNull(hWndForJob) ? hWndForJob : nullptr);
 
-    HWND const hWnd = Exchange(job, NULL);
+    HWND const hWnd = Exchange(job, nullptr);
     if (hWnd == kWaitJobKilled)
     {
         // The dialog's thread is about to terminate this one. It had better be asleep than on its
@@ -151,12 +150,14 @@ UINT WaitDlgThreadProc(LPVOID pBlock)
     }
     else if (hWnd == kWaitJobAbandoned)
     {
+        // Both objects are this thread's now; its own goes with its end.
         CWaitDlgModless* const pDlg = CWaitDlgModless::FromBlock(&job);
-        pDlg->m_pThread = NULL;
-        pThread->m_bAutoDelete = TRUE;
+        CWinThread* const pOwnThread = pDlg->m_pThread;
+        pDlg->m_pThread = nullptr;
+        pOwnThread->m_bAutoDelete = TRUE;
         delete pDlg;
     }
-    else if (hWnd != NULL)
+    else if (hWnd != nullptr)
         ::PostMessage(hWnd, WM_WAITDLG_JOBDONE, 0, 0);
     return 0;
 }
@@ -171,10 +172,11 @@ struct WaitDlgRelease
     }
 };
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): by value is part of the interface
 LONGLONG RunJobWithWaitDlg(WaitJobProc pfnJob, void* pArg, CString strMessage, CString strTitle)
 {
     // On the heap: the worker may outlive the window, and this call.
-    const std::unique_ptr<CWaitDlgModless, WaitDlgRelease> pDlg(new CWaitDlgModless(NULL));
+    const std::unique_ptr<CWaitDlgModless, WaitDlgRelease> pDlg(new CWaitDlgModless(nullptr));
     pDlg->m_strMessage = strMessage;
     pDlg->m_strTitle = strTitle;
     pDlg->m_job.pArg = pArg;

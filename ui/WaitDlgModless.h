@@ -24,7 +24,7 @@
 
 // A job. Runs on the worker thread; hWnd is the wait window. The watchdog may terminate it at any
 // point, without releasing what it holds.
-typedef LONGLONG (*WaitJobProc)(void* pArg, HWND hWnd);
+using WaitJobProc = LONGLONG (*)(void* pArg, HWND hWnd);
 
 struct WaitJobBlock
 {
@@ -40,7 +40,7 @@ UINT WaitDlgThreadProc(LPVOID pBlock);
 class CWaitDlgModless : public CDialog
 {
 public:
-    explicit CWaitDlgModless(CWnd* pParent = NULL);
+    explicit CWaitDlgModless(CWnd* pParent = nullptr);
     // Waits for a worker that still runs: the block goes with the object.
     ~CWaitDlgModless() override;
 
@@ -48,10 +48,10 @@ public:
     CString m_strMessage;
     CString m_strTitle;
 
-    CWinThread* m_pThread; // owned; the worker, null when there is none
-    WaitJobBlock m_job;
-    int m_nTicks;     // ticks of any timer of the window
-    UINT m_nTimerID;
+    CWinThread* m_pThread = nullptr; // owned; the worker, null when there is none
+    WaitJobBlock m_job = {};
+    int m_nTicks = 0; // ticks of any timer of the window, never reset
+    UINT m_nTimerID = 0;
 
 protected:
     DECLARE_MESSAGE_MAP()

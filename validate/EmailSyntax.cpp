@@ -1,5 +1,7 @@
 #include "validate/EmailSyntax.h"
 
+#include <cstring>
+
 namespace
 {
 constexpr int kMaxLabelLength = 64;
@@ -12,15 +14,30 @@ constexpr char kLabelTooLong[] =
 constexpr char kEmptyLabel[] = "Character  \".\" is in Invalid location.";
 constexpr char kNoDotInDomain[] = "Invalid Domain name.";
 
-bool IsLabelByte(char ch)
-{
-    return (ch >= 'a' && ch <= 'z') || (ch >= 'A' && ch <= 'Z') || (ch >= '0' && ch <= '9') ||
-           ch == '_' || ch == '-';
-}
+// What each byte is good for: a table, so that an address is passed over once.
+constexpr unsigned char kLabelByte = 1;
+constexpr unsigned char kLocalByte = 2;
 
-bool IsLocalByte(char ch)
+struct ByteClasses
 {
-    return IsLabelByte(ch) || ch == '.';
+    unsigned char classes[256] = {};
+
+    constexpr ByteClasses()
+    {
+        for (const char ch : "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_-")
+            classes[static_cast<unsigned char>(ch)] = kLabelByte | kLocalByte;
+        classes[static_cast<unsigned char>('.')] = kLocalByte;
+        classes[0] = 0; // the terminator, which the loop has met as well
+    }
+};
+constexpr ByteClasses kByteClasses;
+
+// Index of the first byte at or after i that is not of the class; the terminator is of none.
+int SkipBytes(const char* psz, int i, unsigned char nClass)
+{
+    while ((kByteClasses.classes[static_cast<unsigned char>(psz[i])] & nClass) != 0)
+        ++i;
+    return i;
 }
 
 int Reject(int* pnErrorPos, int nErrorPos, CString& strMessage, LPCTSTR pszMessage)
@@ -28,6 +45,29 @@ int Reject(int* pnErrorPos, int nErrorPos, CString& strMessage, LPCTSTR pszMessa
     *pnErrorPos = nErrorPos;
     strMessage = pszMessage;
     return 0;
+}
+// The domain, which starts after the '@'.
+int CheckDomain(const char* pszAddress, int nAt, int* pnErrorPos, CString& strMessage)
+{
+    int nLabels = 0;
+    int nStart = nAt + 1;
+    for (;;)
+    {
+        const int nGoodEnd = SkipBytes(pszAddress, nStart, kLabelByte);
+        // The label goes on to the dot, past a bad byte, and its length is looked at first.
+        const int nEnd = nGoodEnd + static_cast<int>(std::strcspn(pszAddress + nGoodEnd, "."));
+        if (nEnd - nStart > kMaxLabelLength)
+            return Reject(pnErrorPos, nStart + 1, strMessage, kLabelTooLong);
+        if (nEnd == nStart)
+            return Reject(pnErrorPos, nStart + 1, strMessage, kEmptyLabel);
+        if (nGoodEnd != nEnd)
+            return Reject(pnErrorPos, nGoodEnd + 1, strMessage, kInvalidCharacter);
+        ++nLabels;
+        if (pszAddress[nEnd] == '\0')
+            break;
+        nStart = nEnd + 1;
+    }
+    return nLabels >= 2 ? 1 : Reject(pnErrorPos, nAt + 1, strMessage, kNoDotInDomain);
 }
 } // namespace
 
@@ -43,45 +83,14 @@ int CheckEmailSyntax(CString& strAddress, int* pnErrorPos, CString& strMessage)
     // Not by the string's own search, which goes by characters: a byte above 127 is a fault of its
     // own here, never half of something.
     const char* const pszAddress = strAddress;
-    int nAt = 0;
-    int nFirstBad = -1;
-    while (pszAddress[nAt] != '@' && pszAddress[nAt] != '\0')
+    const int nLocalEnd = SkipBytes(pszAddress, 0, kLocalByte);
+    if (pszAddress[nLocalEnd] != '@')
     {
-        if (nFirstBad == -1 && !IsLocalByte(pszAddress[nAt]))
-            nFirstBad = nAt;
-        ++nAt;
+        if (std::strchr(pszAddress + nLocalEnd, '@') == nullptr)
+            return Reject(pnErrorPos, -1, strMessage, kMissingAt);
+        return Reject(pnErrorPos, nLocalEnd, strMessage, kInvalidCharacter);
     }
-    if (pszAddress[nAt] == '\0')
-        return Reject(pnErrorPos, -1, strMessage, kMissingAt);
-    if (nAt == 0)
+    if (nLocalEnd == 0)
         return Reject(pnErrorPos, 0, strMessage, kAtComesFirst);
-    if (nFirstBad != -1)
-        return Reject(pnErrorPos, nFirstBad, strMessage, kInvalidCharacter);
-
-    int nLabels = 0;
-    int nStart = nAt + 1;
-    for (;;)
-    {
-        int nEnd = nStart;
-        nFirstBad = -1;
-        while (pszAddress[nEnd] != '.' && pszAddress[nEnd] != '\0')
-        {
-            if (nFirstBad == -1 && !IsLabelByte(pszAddress[nEnd]))
-                nFirstBad = nEnd;
-            ++nEnd;
-        }
-        if (nEnd - nStart > kMaxLabelLength)
-            return Reject(pnErrorPos, nStart + 1, strMessage, kLabelTooLong);
-        if (nEnd == nStart)
-            return Reject(pnErrorPos, nStart + 1, strMessage, kEmptyLabel);
-        if (nFirstBad != -1)
-            return Reject(pnErrorPos, nFirstBad + 1, strMessage, kInvalidCharacter);
-        ++nLabels;
-        if (pszAddress[nEnd] == '\0')
-            break;
-        nStart = nEnd + 1;
-    }
-    if (nLabels < 2)
-        return Reject(pnErrorPos, nAt + 1, strMessage, kNoDotInDomain);
-    return 1;
+    return CheckDomain(pszAddress, nLocalEnd, pnErrorPos, strMessage);
 }

@@ -1,4 +1,4 @@
-#include "Memory.h"
+#include "Heap.h"
 
 #include "CMemoryException.h"
 
