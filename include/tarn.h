@@ -176,7 +176,8 @@ int VerifyEmail(char* address, int* errorPosition, char* message);
  *
  * installationFolder  One trailing separator is ignored. Null, empty or a single separator: the file
  *                     is written under the root of the current drive and the search paths have no
- *                     folder in front.
+ *                     folder in front. A separator is recognised by its byte: in a double-byte code
+ *                     page, a last character whose second byte is 0x5C counts as ending in one.
  *
  * Returns 1 when the file was written. Returns 0 when it could not be opened (embedch\config is
  * missing and never created, access is denied, another program holds it open); a message box that
