@@ -11,11 +11,19 @@ wine_start || exit
 # Through a file: Wine's own background processes keep the descriptors of the program that happened to
 # start them, and whoever reads a pipe to its end would wait for those, too.
 out=$(mktemp "$TARN_WINE_DIR/output.XXXXXX") || exit
-trap 'rm -f "$out"' EXIT
+# A program that overflows its stack ends with exit code 0 under Wine. GoogleTest keeps this file for as
+# long as its tests run: one that is left tells of a program that did not come to its end.
+running=$out.running
+trap 'rm -f "$out" "$running"' EXIT
+export TEST_PREMATURE_EXIT_FILE=Z:${running//\//\\}
 wine "$@" > "$out" 2>&1 < /dev/null &
 program=$!
 tail -c +1 -f -s 0.05 --pid="$program" "$out" &
 wait "$program"
 rc=$?
 wait
+if [ -e "$running" ]; then
+    echo "wine-run.sh: the tests did not come to their end (exit code $rc)"
+    [ "$rc" != 0 ] || rc=1
+fi
 exit "$rc"
