@@ -58,8 +58,8 @@ DWORD WINAPI CWinThread::Entry(LPVOID pThread)
         AfxTermThread();
     }
     // From here on the owner may delete an object that does not delete itself, but only once the
-    // thread has ended.
-    if (pThis->m_bAutoDelete)
+    // thread has ended. A procedure that never ran had no chance to say that the object has an owner.
+    if (pThis->m_bAutoDelete && bStateSet)
         delete pThis;
     ::FreeLibraryAndExitThread(hModule, nExitCode);
 }

@@ -8,6 +8,7 @@ namespace
 constexpr UINT_PTR kTimerID = 333;
 constexpr UINT kTickMilliseconds = 600;
 constexpr int kTicksOfPatience = 100;
+constexpr DWORD kSleepMilliseconds = 10; // of a worker that is to be terminated, between two looks
 
 // What stands in the block's hWnd instead of a window, besides null; no window has these values.
 HWND const kWaitJobKilled = reinterpret_cast<HWND>(static_cast<INT_PTR>(-1));
@@ -22,6 +23,22 @@ HWND Exchange(WaitJobBlock& job, HWND hWnd)
 {
     return static_cast<HWND>(
         ::InterlockedExchangePointer(reinterpret_cast<void* volatile*>(&job.hWnd), hWnd));
+}
+
+// By the worker: takes the window out of the block, once the block is not marked as killed (any more).
+HWND TakeWindow(WaitJobBlock& job)
+{
+    auto* const pWindow = reinterpret_cast<void* volatile*>(&job.hWnd);
+    for (;;)
+    {
+        void* const pSeen = *pWindow;
+        // The dialog's thread is about to terminate this one. It had better be asleep than on its
+        // way through the loader, whose lock would then never be released.
+        if (pSeen == kWaitJobKilled)
+            ::Sleep(kSleepMilliseconds);
+        else if (::InterlockedCompareExchangePointer(pWindow, nullptr, pSeen) == pSeen)
+            return static_cast<HWND>(pSeen);
+    }
 }
 } // namespace
 
@@ -56,11 +73,10 @@ CWaitDlgModless::CWaitDlgModless(CWnd* pParent)
 
 CWaitDlgModless::~CWaitDlgModless()
 {
-    if (m_pThread != nullptr)
-    {
-        ::WaitForSingleObject(m_pThread->m_hThread, INFINITE);
+    // Without knowing that the thread has ended, its object is better left behind than deleted.
+    if (m_pThread != nullptr &&
+        ::WaitForSingleObject(m_pThread->m_hThread, INFINITE) == WAIT_OBJECT_0)
         delete m_pThread;
-    }
 }
 
 BOOL CWaitDlgModless::OnInitDialog()
@@ -111,18 +127,19 @@ void CWaitDlgModless::KillWorker()
         return;
     HWND const hWnd = Exchange(m_job, kWaitJobKilled);
     const bool bInJob = hWnd != nullptr && hWnd != kWaitJobKilled;
-    if (bInJob && ::WaitForSingleObject(m_pThread->m_hThread, 0) == WAIT_TIMEOUT)
-    {
-        ::TerminateThread(m_pThread->m_hThread, 0);
-        // Termination is only asked for; until it has happened, the worker may still use the block.
+    if (!bInJob || ::WaitForSingleObject(m_pThread->m_hThread, 0) == WAIT_OBJECT_0)
+        return;
+    // Termination is only asked for; until it has happened, the worker may still use the block.
+    if (::TerminateThread(m_pThread->m_hThread, 0))
         ::WaitForSingleObject(m_pThread->m_hThread, INFINITE);
-    }
+    else
+        Exchange(m_job, hWnd); // the worker goes on, and is left to itself
 }
 
 bool CWaitDlgModless::LeaveToWorker()
 {
     // A thread that somebody terminated will not delete anything.
-    if (m_pThread == nullptr || ::WaitForSingleObject(m_pThread->m_hThread, 0) != WAIT_TIMEOUT)
+    if (m_pThread == nullptr || ::WaitForSingleObject(m_pThread->m_hThread, 0) == WAIT_OBJECT_0)
         return false;
     HWND const hWnd = Exchange(m_job, kWaitJobAbandoned);
     return hWnd != nullptr && hWnd != kWaitJobKilled;
@@ -141,14 +158,8 @@ UINT WaitDlgThreadProc(LPVOID pBlock)
     HWND const hWndForJob = job.hWnd;
     job.nResult = job.pfnJob(job.pArg, IsWindowOrNull(hWndForJob) ? hWndForJob : nullptr);
 
-    HWND const hWnd = Exchange(job, nullptr);
-    if (hWnd == kWaitJobKilled)
-    {
-        // The dialog's thread is about to terminate this one. It had better be asleep than on its
-        // way through the loader, whose lock would then never be released.
-        ::Sleep(INFINITE);
-    }
-    else if (hWnd == kWaitJobAbandoned)
+    HWND const hWnd = TakeWindow(job);
+    if (hWnd == kWaitJobAbandoned)
     {
         // Both objects are this thread's now; its own goes with its end.
         CWaitDlgModless* const pDlg = CWaitDlgModless::FromBlock(&job);

@@ -10,7 +10,8 @@
 //                   the worker, its job done, takes the window out (null) and posts
 //                   WM_WAITDLG_JOBDONE to it, its last use of the block
 //                   the watchdog takes it out before it terminates the worker (kWaitJobKilled), so
-//                   that it never terminates a worker that is past its job
+//                   that it never terminates a worker that is past its job, and puts it back when
+//                   the system refuses; meanwhile the worker waits
 //                   RunJobWithWaitDlg takes it out when the dialog ended before the job
 //                   (kWaitJobAbandoned): the dialog object is then the worker's to delete
 #pragma once

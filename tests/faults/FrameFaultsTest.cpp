@@ -1,0 +1,256 @@
+// What every export does before and after its own work, with each call failing in turn; and several
+// threads and several copies of the library that have a fault at the same time.
+#include "tests/support/CallersState.h"
+#include "tests/support/FailingCall.h"
+#include "tests/support/Host.h"
+#include "tests/support/LoadedTarn.h"
+#include "tests/support/ResourceCount.h"
+#include "tests/support/TempFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <memory>
+#include <vector>
+
+namespace
+{
+// 1 for an address that is right, as documented; on the library's heap, not on the stack.
+int Verify(const LoadedTarn& tarn)
+{
+    std::string address = std::string(700, 'x') + "@b.c";
+    char szMessage[80] = "";
+    int nPosition = 0;
+    return tarn.VerifyEmail(&address[0], &nPosition, szMessage);
+}
+
+enum class Came
+{
+    Result,
+    MemoryException,
+    OtherException
+};
+
+Came CallVerify(const LoadedTarn& tarn, int& nResult)
+{
+    try
+    {
+        nResult = Verify(tarn);
+        return Came::Result;
+    }
+    catch (CMemoryException* pException)
+    {
+        pException->Delete();
+        return Came::MemoryException;
+    }
+    catch (...)
+    {
+        return Came::OtherException;
+    }
+}
+
+struct Fault
+{
+    const char* pszFunction;
+    ULONG_PTR nResult;
+    Came came;
+};
+
+class FrameFault : public testing::TestWithParam<Fault>
+{
+protected:
+    // Another file, so that loading it is the first time; not again under the same name, though.
+    FrameFault() : path(folder / "tarn copy.dll")
+    {
+        ::CopyFileA(LoadedTarn::Path().c_str(), path.c_str(), FALSE);
+    }
+
+    TempFolder folder;
+    std::string path;
+    HostContext context; // of the host, active
+};
+
+INSTANTIATE_TEST_SUITE_P(
+    OfTheFirstCall, FrameFault,
+    testing::Values(Fault{"HeapCreate", 0, Came::MemoryException},
+                    Fault{"HeapAlloc", 0, Came::MemoryException},
+                    Fault{"TlsAlloc", TLS_OUT_OF_INDEXES, Came::MemoryException},
+                    Fault{"TlsSetValue", FALSE, Came::MemoryException},
+                    // Not needed to do the work.
+                    Fault{"CreateActCtxA", ~ULONG_PTR{0}, Came::Result},
+                    Fault{"ActivateActCtx", FALSE, Came::Result},
+                    // Nothing can be done about these, and nothing depends on them.
+                    Fault{"HeapFree", FALSE, Came::Result}),
+    [](const testing::TestParamInfo<Fault>& tested) { return tested.param.pszFunction; });
+
+TEST_P(FrameFault, EndsAsDocumentedAndTheNextCallWorks)
+{
+    EXPECT_TRUE(LeavesNothingBehind([this] {
+        const LoadedTarn tarn(path);
+        ASSERT_TRUE(tarn.IsComplete());
+        const CallersState before = CallersState::Now();
+        for (int i = 0; i < 2; ++i)
+        {
+            const FailingCall failing(tarn.Module(), GetParam().pszFunction, GetParam().nResult);
+            ASSERT_TRUE(failing.IsActive());
+            int nResult = 0;
+            EXPECT_EQ(CallVerify(tarn, nResult), GetParam().came);
+            EXPECT_EQ(nResult, GetParam().came == Came::Result ? 1 : 0);
+            EXPECT_GE(FailingCall::Calls(), 1);
+            EXPECT_EQ(CallersState::Now(), before);
+            EXPECT_TRUE(context.IsActive());
+        }
+        EXPECT_EQ(Verify(tarn), 1);
+        EXPECT_TRUE(context.IsActive());
+        EXPECT_EQ(CallersState::Now(), before);
+    }));
+}
+
+// A context that could not be made is tried again.
+TEST(FrameFaultOfTheContext, IsMadeGoodByTheNextCall)
+{
+    const TempFolder folder;
+    const std::string path = folder / "tarn copy.dll";
+    ASSERT_TRUE(::CopyFileA(LoadedTarn::Path().c_str(), path.c_str(), TRUE));
+    const LoadedTarn tarn(path);
+    for (int i = 1; i <= 2; ++i)
+    {
+        const FailingCall failing(tarn.Module(), "CreateActCtxA", ~ULONG_PTR{0});
+        EXPECT_EQ(Verify(tarn), 1);
+        EXPECT_EQ(Verify(tarn), 1);
+        EXPECT_EQ(FailingCall::Calls(), 2);
+    }
+    EXPECT_EQ(Verify(tarn), 1);
+    const FailingCall failing(tarn.Module(), "CreateActCtxA", ~ULONG_PTR{0});
+    EXPECT_EQ(Verify(tarn), 1);
+    EXPECT_EQ(FailingCall::Calls(), 0) << "there is one now";
+}
+
+BOOL WINAPI DeactivateAndSayNo(DWORD nFlags, ULONG_PTR nCookie)
+{
+    ::DeactivateActCtx(nFlags, nCookie);
+    return FALSE;
+}
+
+TEST(FrameFaultOfTheContext, InDeactivationChangesNoResult)
+{
+    const LoadedTarn tarn;
+    const HostContext context;
+    const ImportPatch patch(tarn.Module(), "DeactivateActCtx",
+                            reinterpret_cast<void*>(&DeactivateAndSayNo));
+    ASSERT_TRUE(patch.IsActive());
+    EXPECT_EQ(Verify(tarn), 1);
+    EXPECT_TRUE(context.IsActive());
+}
+
+// Two threads: one has no memory, the other one has.
+DWORD g_nPoorThread = 0;
+
+LPVOID WINAPI AllocForTheRich(HANDLE hHeap, DWORD nFlags, SIZE_T cb)
+{
+    return ::GetCurrentThreadId() == g_nPoorThread ? nullptr : ::HeapAlloc(hHeap, nFlags, cb);
+}
+
+struct Work
+{
+    const LoadedTarn* pTarn;
+    int nCalls;
+    volatile LONG nWrong;
+};
+
+DWORD WINAPI CallMany(LPVOID pWork)
+{
+    auto& work = *static_cast<Work*>(pWork);
+    for (int i = 0; i < work.nCalls; ++i)
+    {
+        int nResult = 0;
+        if (CallVerify(*work.pTarn, nResult) != Came::Result || nResult != 1)
+            ::InterlockedIncrement(&work.nWrong);
+    }
+    return 0;
+}
+
+TEST(FrameFaultOfOneThread, IsNoOtherThreads)
+{
+    const LoadedTarn tarn;
+    ASSERT_TRUE(tarn.IsComplete());
+    EXPECT_EQ(Verify(tarn), 1);
+    g_nPoorThread = ::GetCurrentThreadId();
+    const ImportPatch patch(tarn.Module(), "HeapAlloc", reinterpret_cast<void*>(&AllocForTheRich));
+    ASSERT_TRUE(patch.IsActive());
+    Work work = {&tarn, 500, 0};
+    std::vector<HANDLE> threads;
+    for (int i = 0; i < 4; ++i)
+        threads.push_back(::CreateThread(nullptr, 0, &CallMany, &work, 0, nullptr));
+    for (int i = 0; i < 500; ++i)
+    {
+        int nResult = 0;
+        ASSERT_EQ(CallVerify(tarn, nResult), Came::MemoryException);
+    }
+    for (HANDLE const hThread : threads)
+    {
+        EXPECT_EQ(::WaitForSingleObject(hThread, 60000), WAIT_OBJECT_0);
+        ::CloseHandle(hThread);
+    }
+    EXPECT_EQ(work.nWrong, 0);
+}
+
+TEST(FrameFaultOfOneCopy, IsNoOtherCopys)
+{
+    const TempFolder folder;
+    EXPECT_TRUE(LeavesNothingBehind([&folder] {
+        std::vector<std::unique_ptr<LoadedTarn>> copies;
+        for (const char* const pszName : {"one.dll", "two.dll", "three.dll"})
+        {
+            const std::string path = folder / pszName;
+            ::CopyFileA(LoadedTarn::Path().c_str(), path.c_str(), FALSE);
+            copies.push_back(std::make_unique<LoadedTarn>(path));
+            ASSERT_TRUE(copies.back()->IsComplete());
+        }
+        const FailingCall failing(copies[1]->Module(), "TlsAlloc", TLS_OUT_OF_INDEXES);
+        int nResult = 0;
+        EXPECT_EQ(CallVerify(*copies[1], nResult), Came::MemoryException);
+        EXPECT_EQ(Verify(*copies[0]), 1);
+        EXPECT_EQ(Verify(*copies[2]), 1);
+        copies[0].reset();
+        EXPECT_EQ(CallVerify(*copies[1], nResult), Came::MemoryException);
+        EXPECT_EQ(Verify(*copies[2]), 1);
+    }));
+}
+
+// The name that the application takes from its module, which nothing shows but a message box.
+TEST(FrameFaultOfTheModulesName, LeavesTheApplicationWithoutAName)
+{
+    CWinApp* const pAppBefore = AfxGetModuleState()->m_pCurrentWinApp;
+    {
+        const FailingCall failing(::GetModuleHandleA(nullptr), "GetModuleFileNameA");
+        ASSERT_TRUE(failing.IsActive());
+        const CWinApp app(nullptr);
+        EXPECT_EQ(FailingCall::Calls(), 1);
+        EXPECT_STREQ(app.m_pszAppName, "");
+    }
+    AfxGetModuleState()->m_pCurrentWinApp = pAppBefore;
+}
+
+// What cannot be given back is left to the system.
+TEST(FrameFaultAtUnload, DoesNotKeepTheLibraryFromUnloading)
+{
+    const TempFolder folder;
+    const std::string path = folder / "tarn copy.dll";
+    ASSERT_TRUE(::CopyFileA(LoadedTarn::Path().c_str(), path.c_str(), TRUE));
+    for (const char* const pszFunction : {"HeapDestroy", "TlsFree", "ReleaseActCtx"})
+    {
+        SCOPED_TRACE(pszFunction);
+        auto pTarn = std::make_unique<LoadedTarn>(path);
+        ASSERT_TRUE(pTarn->IsComplete());
+        EXPECT_EQ(Verify(*pTarn), 1);
+        // Not taken away again: the import table goes with the library.
+        static_cast<void>(new FailingCall(pTarn->Module(), pszFunction));
+        pTarn.reset();
+        EXPECT_EQ(FailingCall::Calls(), 1);
+        EXPECT_EQ(::GetModuleHandleA("tarn copy.dll"), nullptr);
+        const LoadedTarn again(path);
+        EXPECT_EQ(Verify(again), 1);
+    }
+}
+} // namespace

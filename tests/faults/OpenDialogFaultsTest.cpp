@@ -1,0 +1,172 @@
+// DoFileOpenDialog of the built DLL, with each call that it makes of the system failing in turn.
+#include "include/tarn.h"
+#include "tests/support/CallersState.h"
+#include "tests/support/FailingCall.h"
+#include "tests/support/LoadedTarn.h"
+#include "tests/support/ResourceCount.h"
+
+#include <gtest/gtest.h>
+
+#include <windows.h>
+
+#include <commdlg.h>
+
+#include <cderr.h>
+
+#include <cstring>
+
+namespace
+{
+constexpr char kUntouched = '\x5A';
+constexpr char kChosen[] = "C:\\folder\\chosen.lic";
+
+// What the library asked of the dialog, and what that answers.
+struct Asked
+{
+    int nCalls;
+    HWND hOwner;
+    bool bConfirms;
+};
+Asked g_asked;
+
+BOOL APIENTRY Answer(LPOPENFILENAMEA pofn)
+{
+    ++g_asked.nCalls;
+    g_asked.hOwner = pofn->hwndOwner;
+    // A dialog that fails may have written before.
+    ::lstrcpynA(pofn->lpstrFile, kChosen, static_cast<int>(pofn->nMaxFile));
+    return g_asked.bConfirms;
+}
+
+// The library looks for one function only.
+FARPROC WINAPI FindAnswer(HMODULE /*hModule*/, LPCSTR pszName)
+{
+    EXPECT_STREQ(pszName, "GetOpenFileNameA");
+    return reinterpret_cast<FARPROC>(reinterpret_cast<void*>(&Answer));
+}
+
+std::string g_systemFolder;
+
+UINT WINAPI NameSystemFolder(LPSTR pszBuffer, UINT cbBuffer)
+{
+    // As the system does: a buffer that is too small is left alone, and the size that is needed told.
+    if (g_systemFolder.size() >= cbBuffer)
+        return static_cast<UINT>(g_systemFolder.size() + 1);
+    std::memcpy(pszBuffer, g_systemFolder.c_str(), g_systemFolder.size() + 1);
+    return static_cast<UINT>(g_systemFolder.size());
+}
+
+class OpenDialogFault : public testing::Test
+{
+protected:
+    OpenDialogFault()
+    {
+        // Stays loaded: under Wine, each time that it is loaded anew leaves a handle behind.
+        static HMODULE const s_hDialogs = ::LoadLibraryA("comdlg32.dll");
+        EXPECT_NE(s_hDialogs, nullptr);
+        g_asked = {0, nullptr, true};
+        Fill();
+    }
+    void SetUp() override { ASSERT_TRUE(tarn.IsComplete()); }
+
+    void Fill()
+    {
+        std::memset(buffer, kUntouched, sizeof(buffer));
+        std::strcpy(buffer, "name on entry.lic");
+        std::memcpy(before, buffer, sizeof(buffer));
+    }
+    int Open()
+    {
+        char szFolder[] = "C:\\";
+        char szTitle[] = "title";
+        return tarn.DoFileOpenDialog(szFolder, szTitle, "All|*.*||", "lic", buffer);
+    }
+    bool IsUntouched() const { return std::memcmp(buffer, before, sizeof(buffer)) == 0; }
+    // With the dialog's answer in the system's place.
+    void ExpectToWork()
+    {
+        const ImportPatch patch(tarn.Module(), "GetProcAddress",
+                                reinterpret_cast<void*>(&FindAnswer));
+        ASSERT_TRUE(patch.IsActive());
+        g_asked = {0, nullptr, true};
+        EXPECT_EQ(Open(), 1);
+        EXPECT_EQ(g_asked.nCalls, 1);
+        EXPECT_STREQ(buffer, kChosen);
+        Fill();
+    }
+
+    const LoadedTarn tarn;
+    char buffer[TARN_OPEN_PATH_SIZE];
+    char before[TARN_OPEN_PATH_SIZE];
+};
+
+TEST_F(OpenDialogFault, InFindingTheDialogReturnsZeroAndTouchesNothing)
+{
+    ExpectToWork();
+    for (const char* const pszFunction :
+         {"GetSystemDirectoryA", "LoadLibraryExA", "GetProcAddress"})
+    {
+        SCOPED_TRACE(pszFunction);
+        EXPECT_TRUE(LeavesNothingBehind([&] {
+            const CallersState state = CallersState::Now();
+            const FailingCall failing(tarn.Module(), pszFunction);
+            ASSERT_TRUE(failing.IsActive());
+            EXPECT_EQ(Open(), 0);
+            EXPECT_EQ(FailingCall::Calls(), 1);
+            EXPECT_TRUE(IsUntouched());
+            EXPECT_EQ(CallersState::Now(), state);
+        }));
+        ExpectToWork();
+    }
+}
+
+TEST_F(OpenDialogFault, OfAPathOfTheSystemFolderThatIsTooLongReturnsZero)
+{
+    const ImportPatch patch(tarn.Module(), "GetSystemDirectoryA",
+                            reinterpret_cast<void*>(&NameSystemFolder));
+    const FailingCall failing(tarn.Module(), "LoadLibraryExA");
+    // With the separator, "comdlg32.dll" and the terminating zero, 246 bytes are the most.
+    for (const std::size_t cb : {247U, 259U, 260U, 5000U})
+    {
+        SCOPED_TRACE(cb);
+        g_systemFolder = std::string(cb, 'x');
+        EXPECT_EQ(Open(), 0);
+        EXPECT_TRUE(IsUntouched());
+    }
+    EXPECT_EQ(FailingCall::Calls(), 0) << "a path that was cut off names something else";
+    g_systemFolder = std::string(246, 'x');
+    EXPECT_EQ(Open(), 0);
+    EXPECT_EQ(FailingCall::Calls(), 1);
+}
+
+TEST_F(OpenDialogFault, OfTheDialogItselfReturnsZeroAndTouchesNothing)
+{
+    const ImportPatch patch(tarn.Module(), "GetProcAddress", reinterpret_cast<void*>(&FindAnswer));
+    EXPECT_TRUE(LeavesNothingBehind([this] {
+        g_asked = {0, nullptr, false};
+        EXPECT_EQ(Open(), 0);
+        EXPECT_EQ(g_asked.nCalls, 1);
+        EXPECT_TRUE(IsUntouched());
+    }));
+}
+
+TEST_F(OpenDialogFault, OfTheActiveWindowLeavesTheDialogWithoutAnOwner)
+{
+    const ImportPatch patch(tarn.Module(), "GetProcAddress", reinterpret_cast<void*>(&FindAnswer));
+    const FailingCall failing(tarn.Module(), "GetActiveWindow");
+    g_asked.hOwner = ::GetDesktopWindow();
+    EXPECT_EQ(Open(), 1);
+    EXPECT_EQ(FailingCall::Calls(), 1);
+    EXPECT_EQ(g_asked.hOwner, nullptr);
+    EXPECT_STREQ(buffer, kChosen);
+}
+
+TEST_F(OpenDialogFault, OfUnloadingTheDialogChangesNoResult)
+{
+    const ImportPatch patch(tarn.Module(), "GetProcAddress", reinterpret_cast<void*>(&FindAnswer));
+    const FailingCall failing(tarn.Module(), "FreeLibrary");
+    EXPECT_EQ(Open(), 1);
+    EXPECT_EQ(FailingCall::Calls(), 1);
+    EXPECT_STREQ(buffer, kChosen);
+}
+} // namespace
