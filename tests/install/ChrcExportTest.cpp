@@ -564,8 +564,8 @@ TEST_F(ChrcExportCodePage932, ShortensATextThatEndsInSuchATrailByte)
     }
 }
 
-// The folder's last byte is taken for a separator, and the lead byte that is left takes the next one
-// for its own: the path goes elsewhere, and no such folder is there unless somebody made one.
+// The folder's last byte is taken for a separator, and the lead byte that is left takes the next
+// one for its own: the path goes elsewhere, where no folder is unless somebody made one.
 TEST_F(ChrcExportCodePage932, TakesATrailByteAtTheEndForTheSeparator)
 {
     for (const std::string name : {"\x95\x5C", "\x83\x5C", "\x94\x5C"})

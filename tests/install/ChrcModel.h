@@ -23,8 +23,8 @@ inline std::string TemplateWith(const std::string& inserted)
     return text + source.substr(nBegin);
 }
 
-// What is inserted for a folder: a run of k backslashes becomes one of 2k - floor(2k / 3), after the
-// separators at the end have gone, byte by byte.
+// What is inserted for a folder: a run of k backslashes becomes one of 2k - floor(2k / 3), after
+// the separators at the end have gone, byte by byte.
 inline std::string EscapedModel(std::string folder, bool bDoubleByte)
 {
     while (!folder.empty() && (folder.back() == '\\' || folder.back() == '/'))

@@ -62,6 +62,8 @@ REGSAM g_nAccess = 0;
 HKEY g_hOpened = nullptr;
 int g_nOpened = 0;
 int g_nSet = 0;
+DWORD g_nType = 0;
+DWORD g_cbData = 0;
 int g_nClosed = 0;
 LSTATUS g_nOpenResult = ERROR_SUCCESS;
 LSTATUS g_nSetResult = ERROR_SUCCESS;
@@ -91,6 +93,8 @@ LSTATUS WINAPI RecordingSet(HKEY hKey, LPCSTR pszName, DWORD nReserved, DWORD nT
     ++g_nSet;
     EXPECT_EQ(hKey, g_hOpened);
     EXPECT_EQ(nReserved, 0U);
+    g_nType = nType;
+    g_cbData = cbData;
     if (g_nSetResult != ERROR_SUCCESS)
         return g_nSetResult;
     return ::RegSetValueExA(hKey, pszName, nReserved, nType, pData, cbData);
@@ -243,7 +247,7 @@ TEST_F(RunOnce, DoesNotLookAtTheCommandWhenTheKeyIsMissing)
     EXPECT_EQ(tarn.PutInRunOnce("Name", nullptr), 0);
 }
 
-TEST_F(RunOnce, OpensTheUsersKeyWithFullAccessAndClosesIt)
+TEST_F(RunOnce, OpensTheUsersKeyWithFullAccessSetsTheValueAndClosesIt)
 {
     const Recorder recorder(tarn.Module());
     EXPECT_EQ(tarn.PutInRunOnce("Name", "command"), 1);
@@ -253,6 +257,8 @@ TEST_F(RunOnce, OpensTheUsersKeyWithFullAccessAndClosesIt)
     EXPECT_EQ(g_nAccess, static_cast<REGSAM>(0xF003F));
     EXPECT_EQ(g_nOpened, 1);
     EXPECT_EQ(g_nSet, 1);
+    EXPECT_EQ(g_nType, static_cast<DWORD>(REG_SZ));
+    EXPECT_EQ(g_cbData, sizeof("command")) << "the system would add a zero that is missing";
     EXPECT_EQ(g_nClosed, 1);
 }
 
