@@ -7,8 +7,11 @@
 template <int t_nChars>
 struct CFixedStringBlock
 {
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): what is behind the end is never read
+    CFixedStringBlock() noexcept { m_szText[0] = '\0'; }
+
     CStringData m_header{{CStringData::kUnshared}, 0, t_nChars};
-    char m_szText[static_cast<unsigned int>(t_nChars) + 1] = "";
+    char m_szText[static_cast<unsigned int>(t_nChars) + 1];
 };
 
 // The block is a base, and the first, because the string wants it made when its own turn comes.

@@ -104,8 +104,8 @@ void CString::Release() noexcept
     if (pData->nRefs.load(std::memory_order_relaxed) == CStringData::kUnshared)
         return;
     if (pData->nRefs.fetch_sub(1, std::memory_order_acq_rel) == 1)
-        ::operator delete(
-            pData); // NOLINT(clang-analyzer-cplusplus.NewDelete): shared, so never g_empty
+        // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDelete): a shared block, so never g_empty
+        ::operator delete(pData);
 }
 
 // Whether nLength bytes may be written in place.
@@ -306,7 +306,7 @@ CString CString::Left(int nCount) const
 
 CString CString::Right(int nCount) const
 {
-    return nCount <= 0 ? CString() : Mid(GetLength() - nCount, nCount);
+    return Mid(GetLength() - nCount, nCount);
 }
 
 int CString::Find(char ch, int iStart) const noexcept

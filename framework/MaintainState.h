@@ -16,7 +16,7 @@ public:
     AFX_MAINTAIN_STATE2& operator=(const AFX_MAINTAIN_STATE2&) = delete;
 
 protected:
-    AFX_MODULE_STATE* m_pPrevModuleState;
+    AFX_MODULE_STATE* m_pPrevModuleState = nullptr;
     _AFX_THREAD_STATE* m_pThreadState;
     ULONG_PTR m_ulActCtxCookie = 0;
     BOOL m_bValidActCtxCookie = FALSE;
