@@ -3,33 +3,7 @@
 #include "CodePage.h"
 #include "SystemLibrary.h"
 
-#include <atomic>
 #include <cstring>
-
-namespace
-{
-using OpenFunction = BOOL(APIENTRY*)(LPOPENFILENAMEA);
-
-// Null when the system has no such dialog.
-//
-// Not linked: it would bring the shell into every process that loads this library. Once loaded it
-// stays for the rest of the process: the shell's extensions may still be at work when the dialog has
-// gone, and loading it anew costs as much as showing the dialog.
-OpenFunction GetOpenFunction() noexcept
-{
-    static std::atomic<OpenFunction> s_pfnOpen{nullptr};
-    OpenFunction pfnOpen = s_pfnOpen.load();
-    if (pfnOpen == nullptr)
-    {
-        HMODULE const hModule = AfxLoadSystemLibrary("comdlg32.dll");
-        if (hModule != nullptr)
-            pfnOpen = reinterpret_cast<OpenFunction>(
-                reinterpret_cast<void*>(::GetProcAddress(hModule, "GetOpenFileNameA")));
-        s_pfnOpen.store(pfnOpen);
-    }
-    return pfnOpen;
-}
-} // namespace
 
 CFileDialog::CFileDialog(BOOL /*bOpenFileDialog*/, LPCSTR lpszDefExt, LPCSTR lpszFileName,
                          DWORD dwFlags, LPCSTR lpszFilter, CWnd* pParentWnd, DWORD dwSize)
@@ -63,6 +37,12 @@ CFileDialog::CFileDialog(BOOL /*bOpenFileDialog*/, LPCSTR lpszDefExt, LPCSTR lps
 INT_PTR CFileDialog::DoModal()
 {
     m_ofn.hwndOwner = AfxGetSafeOwner(m_pParentWnd);
-    const OpenFunction pfnOpen = GetOpenFunction();
+    // Not linked: it would bring the shell into every process that loads this library.
+    HMODULE const hDialogs = AfxLoadSystemLibrary("comdlg32.dll");
+    if (hDialogs == nullptr)
+        return IDCANCEL;
+    using OpenFunction = BOOL(APIENTRY*)(LPOPENFILENAMEA);
+    const auto pfnOpen = reinterpret_cast<OpenFunction>(
+        reinterpret_cast<void*>(::GetProcAddress(hDialogs, "GetOpenFileNameA")));
     return pfnOpen != nullptr && pfnOpen(&m_ofn) ? IDOK : IDCANCEL;
 }

@@ -11,7 +11,7 @@ namespace
 // The name of a module's file without folder and extension.
 void GetModuleTitle(HINSTANCE hInstance, char (&szTitle)[MAX_PATH])
 {
-    char szPath[MAX_PATH];
+    char szPath[MAX_PATH] = {};
     const DWORD cb = ::GetModuleFileNameA(hInstance, szPath, MAX_PATH);
     const char* const pEnd = szPath + (cb < MAX_PATH ? cb : MAX_PATH - 1);
     const char* pName = szPath;

@@ -11,5 +11,11 @@ HMODULE AfxLoadSystemLibrary(LPCSTR pszFileName) noexcept
         return nullptr;
     szPath[cb] = '\\';
     ::lstrcpynA(szPath + cb + 1, pszFileName, cbName + 1);
-    return ::LoadLibraryExA(szPath, nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
+    HMODULE const hModule = ::LoadLibraryExA(szPath, nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
+    HMODULE hPinned = nullptr;
+    if (hModule != nullptr &&
+        ::GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_PIN | GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
+                             reinterpret_cast<LPCSTR>(hModule), &hPinned))
+        ::FreeLibrary(hModule); // the pin holds it
+    return hModule;
 }

@@ -115,7 +115,10 @@ protected:
         ::SendDlgItemMessageA(hDialog, kFileNameEdit, WM_SETTEXT, 0,
                               reinterpret_cast<LPARAM>(text.c_str()));
     }
-    static std::string FileName(HWND hDialog) { return TextOf(::GetDlgItem(hDialog, kFileNameEdit)); }
+    static std::string FileName(HWND hDialog)
+    {
+        return TextOf(::GetDlgItem(hDialog, kFileNameEdit));
+    }
     static void Confirm(HWND hDialog) { ::PostMessageA(hDialog, WM_COMMAND, IDOK, 0); }
     static void Cancel(HWND hDialog) { ::PostMessageA(hDialog, WM_COMMAND, IDCANCEL, 0); }
 
@@ -138,10 +141,11 @@ TEST(CommonDialogLibrary, IsNotLoadedBeforeTheDialogIsWanted)
 
 TEST_F(OpenDialog, WritesTheFullPathOfATypedName)
 {
-    EXPECT_EQ(Open({}, [](HWND hDialog) {
-                  Type(hDialog, "first.lic");
-                  Confirm(hDialog);
-              }),
+    EXPECT_EQ(Open({},
+                   [](HWND hDialog) {
+                       Type(hDialog, "first.lic");
+                       Confirm(hDialog);
+                   }),
               1);
     EXPECT_STRCASEEQ(buffer, (folder + "\\first.lic").c_str());
 }
@@ -303,11 +307,9 @@ TEST_F(OpenDialog, LeavesTheBufferAloneOnCancel)
 
 TEST_F(OpenDialog, CancelsOnEscape)
 {
-    EXPECT_EQ(Open({},
-                   [](HWND hDialog) {
-                       PostKey(::GetDlgItem(hDialog, kFileNameEdit), VK_ESCAPE);
-                   }),
-              0);
+    EXPECT_EQ(
+        Open({}, [](HWND hDialog) { PostKey(::GetDlgItem(hDialog, kFileNameEdit), VK_ESCAPE); }),
+        0);
     EXPECT_STREQ(buffer, "");
 }
 

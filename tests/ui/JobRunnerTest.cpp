@@ -120,8 +120,8 @@ TEST(WaitDialog, HasAWorkerProcedureThatStoresTheResultAndThenPosts)
     EXPECT_EQ(WaitDlgThreadProc(&block), 0U);
     EXPECT_EQ(block.nResult, -7);
     MSG msg = {};
-    ASSERT_TRUE(::PeekMessageA(&msg, host.Handle(), WM_WAITDLG_JOBDONE, WM_WAITDLG_JOBDONE,
-                               PM_REMOVE));
+    ASSERT_TRUE(
+        ::PeekMessageA(&msg, host.Handle(), WM_WAITDLG_JOBDONE, WM_WAITDLG_JOBDONE, PM_REMOVE));
     EXPECT_EQ(msg.wParam, 0U);
     EXPECT_EQ(msg.lParam, 0);
 }
@@ -149,8 +149,8 @@ TEST(WaitDialog, KeepsTheWorkersThreadObjectAliveAfterTheWorkersEnd)
 
 TEST(JobRunner, ReturnsTheResultOfAnImmediateJobInAll64Bits)
 {
-    for (LONGLONG nValue : {0LL, 1LL, -1LL, 0x123456789ABCDEFLL, LLONG_MAX, LLONG_MIN,
-                            0xFFFFFFFFLL, -0x100000000LL})
+    for (LONGLONG nValue :
+         {0LL, 1LL, -1LL, 0x123456789ABCDEFLL, LLONG_MAX, LLONG_MIN, 0xFFFFFFFFLL, -0x100000000LL})
         EXPECT_EQ(RunJobWithWaitDlg(&ReturnArgument, &nValue, "Working.", kCaption), nValue);
 }
 
