@@ -1,19 +1,23 @@
 # Windows with GCC or Clang: tarn.dll, and tarn_core for programs that link the library statically.
-target_compile_options(tarn_options INTERFACE -ffunction-sections -fdata-sections -fno-ident)
+target_compile_options(tarn_options INTERFACE -fno-ident)
 set(system_libraries advapi32 user32 kernel32)
-
-add_library(tarn_objects OBJECT
+set(sources
   ${portable_framework_sources} ${portable_sources} ${framework_sources} ${library_sources})
+
+# For programs that link statically. tarn.dll compiles the same sources in its own way.
+add_library(tarn_objects OBJECT ${sources})
 target_link_libraries(tarn_objects PRIVATE tarn_options)
 
 # Runs in the source folder, with relative names: the resource compiler's preprocessor takes no
 # include folder with a space in its path.
 function(tarn_compile_resource source object)
+  set(depends ${source} ui/WaitDlg.rc ui/resource.h frame/tarn.manifest)
+  list(TRANSFORM depends PREPEND ${PROJECT_SOURCE_DIR}/)
   add_custom_command(
     OUTPUT ${object}
     COMMAND ${CMAKE_RC_COMPILER} -O coff -I . -i ${source} -o ${object}
     ${ARGN}
-    DEPENDS ${source} ui/WaitDlg.rc ui/resource.h frame/tarn.manifest
+    DEPENDS ${depends}
     WORKING_DIRECTORY ${PROJECT_SOURCE_DIR}
     COMMENT "Compiling resource ${source}"
     VERBATIM)
@@ -23,16 +27,25 @@ set(dll_resource ${PROJECT_BINARY_DIR}/tarn.res.o)
 tarn_compile_resource(frame/tarn.rc ${dll_resource})
 
 add_library(tarn SHARED
-  framework/DllModule.cpp framework/ExceptionRuntime.cpp frame/tarn.def ${dll_resource}
-  $<TARGET_OBJECTS:tarn_objects>)
+  framework/DllModule.cpp framework/ExceptionRuntime.cpp ${sources} frame/tarn.def ${dll_resource})
 add_library(tarn::tarn ALIAS tarn)
 set_target_properties(tarn PROPERTIES PREFIX "" IMPORT_PREFIX "lib")
 target_link_libraries(tarn PRIVATE tarn_options ${system_libraries})
+# Optimised as one program, from which everything goes that no export needs. The linker does not tell
+# the optimiser about the definition file's exports; as undefined symbols they stay.
+file(STRINGS frame/tarn.def exports REGEX "^ ")
+list(TRANSFORM exports REPLACE "^ +" "-Wl,--undefined=")
+target_compile_options(tarn PRIVATE -flto -fvisibility=hidden)
 target_link_options(tarn PRIVATE
+  -flto -ffile-prefix-map=${PROJECT_SOURCE_DIR}=. -ffile-prefix-map=${PROJECT_BINARY_DIR}=./build
+  ${exports}
   -static -static-libgcc -static-libstdc++
   -Wl,--gc-sections,--no-insert-timestamp,--dynamicbase,--high-entropy-va,--nxcompat
   # The default is a hash of the path that the linker is given.
-  -Wl,--disable-auto-image-base)
+  -Wl,--disable-auto-image-base
+  # framework/DllModule.cpp is the start-up code, and does not repair data imports.
+  -nostartfiles -Wl,--disable-auto-import,--disable-runtime-pseudo-reloc
+  -Wl,-Map=${PROJECT_BINARY_DIR}/tarn.map)
 target_include_directories(tarn INTERFACE ${PROJECT_SOURCE_DIR}/include)
 # The symbols go to a file of their own, which the library names for debuggers. -p keeps the current
 # time out of the headers.
