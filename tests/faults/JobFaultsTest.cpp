@@ -493,6 +493,29 @@ TEST(JobFault, OfAWorkerThatSomebodyTerminatedBehindAnEndedWindowIsClean)
     });
 }
 
+TEST(JobFault, OfUnloadingForADeadWorkerKeepsTheLibraryLoaded)
+{
+    {
+        const LoadedJobs jobs;
+        ASSERT_TRUE(jobs.IsComplete());
+        HeldJob job;
+        {
+            const FailingCall failing(jobs.Module(), "FreeLibrary");
+            DriverThread driver([&job] {
+                HWND const hWnd = WaitForDialog();
+                EXPECT_TRUE(job.HasStarted());
+                Tick(hWnd);
+            });
+            EXPECT_EQ(jobs.Run(&HeldJob::Run, &job), 0);
+            EXPECT_EQ(FailingCall::Calls(), 1);
+        }
+        ExpectToWork(jobs);
+    }
+    EXPECT_TRUE(IsLoaded());
+    ::FreeLibrary(::GetModuleHandleA("jobs.dll"));
+    EXPECT_TRUE(WaitFor([] { return !IsLoaded(); }));
+}
+
 // A window that owns the dialog takes it along.
 TEST(JobFault, OfTheOwnerThatDiesEndsTheWaitAndLeavesTheJobAlone)
 {

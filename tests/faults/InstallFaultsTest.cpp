@@ -1,0 +1,132 @@
+// What FileCopy, PutInRunOnce and Write_ch_config_File of the built DLL return for each error that the
+// system may give. Errors that a test can bring about for real are with the tests of each export.
+#include "tests/support/CallersState.h"
+#include "tests/support/FailingCall.h"
+#include "tests/support/LoadedTarn.h"
+#include "tests/support/ResourceCount.h"
+#include "tests/support/TempFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace
+{
+constexpr DWORD kErrors[] = {
+    ERROR_FILE_NOT_FOUND,      ERROR_PATH_NOT_FOUND,    ERROR_TOO_MANY_OPEN_FILES,
+    ERROR_ACCESS_DENIED,       ERROR_NOT_ENOUGH_MEMORY, ERROR_WRITE_PROTECT,
+    ERROR_NOT_READY,           ERROR_SHARING_VIOLATION, ERROR_HANDLE_DISK_FULL,
+    ERROR_DISK_FULL,           ERROR_NETNAME_DELETED,   ERROR_FILENAME_EXCED_RANGE,
+    ERROR_NO_SYSTEM_RESOURCES, ERROR_IO_DEVICE,         12345,
+};
+
+int g_nBoxes = 0;
+std::string g_boxText;
+int g_nBoxResult = IDOK;
+
+int WINAPI NoteBox(HWND /*hWnd*/, LPCSTR pszText, LPCSTR /*pszCaption*/, UINT /*nType*/)
+{
+    ++g_nBoxes;
+    g_boxText = pszText;
+    return g_nBoxResult;
+}
+
+class InstallFault : public testing::Test
+{
+protected:
+    InstallFault()
+        : source(folder / "a.txt"), target(folder.MakeFolder("target")),
+          boxes(tarn.Module(), "MessageBoxA", reinterpret_cast<void*>(&NoteBox))
+    {
+        WriteBytes(source, "text");
+        folder.MakeFolder("target\\embedch");
+        folder.MakeFolder("target\\embedch\\config");
+        chrc = target + "\\embedch\\config\\chrc";
+        g_nBoxes = 0;
+        g_nBoxResult = IDOK;
+    }
+    void SetUp() override
+    {
+        ASSERT_TRUE(tarn.IsComplete());
+        ASSERT_TRUE(boxes.IsActive());
+    }
+
+    const TempFolder folder;
+    const LoadedTarn tarn;
+    std::string source;
+    std::string target;
+    std::string chrc;
+    const ImportPatch boxes;
+};
+
+TEST_F(InstallFault, OfFileCopyIsZeroForEveryErrorAndShowsNothing)
+{
+    for (const char* const pszFunction : {"CopyFileA", "GetFileAttributesA"})
+    {
+        // All bits set mean that there are no attributes; a copy has been made for any of them.
+        const ULONG_PTR nResult =
+            std::string(pszFunction) == "CopyFileA" ? FALSE : INVALID_FILE_ATTRIBUTES;
+        for (const DWORD nError : kErrors)
+        {
+            SCOPED_TRACE(testing::Message() << pszFunction << ", error " << nError);
+            const CallersState before = CallersState::Now();
+            const FailingCall failing(tarn.Module(), pszFunction, nResult, nError);
+            EXPECT_EQ(tarn.FileCopy(source.c_str(), (target + "\\").c_str()), 0);
+            EXPECT_EQ(FailingCall::Calls(), 1);
+            EXPECT_EQ(CallersState::Now(), before);
+        }
+        EXPECT_FALSE(Exists(target + "\\a.txt"));
+        EXPECT_EQ(tarn.FileCopy(source.c_str(), (target + "\\").c_str()), 1);
+        EXPECT_TRUE(::DeleteFileA((target + "\\a.txt").c_str()));
+    }
+    EXPECT_EQ(g_nBoxes, 0);
+}
+
+TEST_F(InstallFault, OfOpeningTheStartUpFileIsZeroAfterABoxForEveryError)
+{
+    EXPECT_TRUE(LeavesNothingBehind([this] {
+        int nBoxes = 0;
+        g_nBoxes = 0;
+        for (const DWORD nError : kErrors)
+        {
+            SCOPED_TRACE(nError);
+            const FailingCall failing(tarn.Module(), "CreateFileA", ~ULONG_PTR{0}, nError);
+            EXPECT_EQ(tarn.Write_ch_config_File(target.c_str()), 0);
+            EXPECT_EQ(g_nBoxes, ++nBoxes);
+            EXPECT_NE(g_boxText.find(chrc), std::string::npos) << g_boxText;
+        }
+        g_boxText.clear();
+        g_boxText.shrink_to_fit();
+    }));
+    EXPECT_FALSE(Exists(chrc));
+    EXPECT_EQ(tarn.Write_ch_config_File(target.c_str()), 1);
+}
+
+TEST_F(InstallFault, OfTheBoxItselfIsZeroAllTheSame)
+{
+    g_nBoxResult = 0;
+    EXPECT_EQ(tarn.Write_ch_config_File((target + "\\missing").c_str()), 0);
+    EXPECT_EQ(g_nBoxes, 1);
+}
+
+TEST_F(InstallFault, OfTheRegistryIsZeroForEveryErrorAndShowsNothing)
+{
+    for (const DWORD nError : kErrors)
+    {
+        SCOPED_TRACE(nError);
+        const FailingCall failing(tarn.Module(), "RegOpenKeyExA", nError);
+        EXPECT_EQ(tarn.PutInRunOnce("Tarn fault", "command"), 0);
+        EXPECT_EQ(FailingCall::Calls(), 1);
+    }
+    EXPECT_TRUE(LeavesNothingBehind([this] {
+        for (const DWORD nError : kErrors)
+        {
+            SCOPED_TRACE(nError);
+            const FailingCall failing(tarn.Module(), "RegSetValueExA", nError);
+            EXPECT_EQ(tarn.PutInRunOnce("Tarn fault", "command"), 0);
+            EXPECT_EQ(FailingCall::Calls(), 1) << "the key is not there, or not opened";
+        }
+    }));
+    EXPECT_EQ(g_nBoxes, 0);
+}
+} // namespace

@@ -1,0 +1,53 @@
+#!/bin/bash
+# table.sh SOURCE_DIR DLL OBJDUMP - docs/faults.md names every function that the DLL imports, and no
+# other; every test that it names is there.
+set -u
+page=$1/docs/faults.md
+failures=0
+fail() {
+    printf 'FAILED  %s\n' "$*"
+    failures=$((failures + 1))
+}
+
+imports=$("$3" -p "$2" | awk '
+    /Import Tables/ { on = 1 }
+    /export table/ { on = 0 }
+    on && NF == 3 && $1 ~ /^[0-9a-f]+$/ && $2 ~ /^[0-9]+$/ { print $3 }' | sort -u)
+[ "$(grep -c . <<< "$imports")" -gt 50 ] || fail "cannot read the imports of $2"
+
+# In the first column of a table, or in a list; what is loaded at run time is found in the sources.
+named=$(awk -F'|' '
+    /^## / { list = /cannot fail|run-time code/; text = 0 }
+    list && NF == 1 && /^`/ { n = split($0, words, " "); for (i = 1; i <= n; i++) print words[i] }
+    /^\| `/ { split($2, words, " "); print words[1] }' "$page" | tr -d '`' | sort)
+run_time=$(grep -rhoE 'GetProcAddress\([^"]*"[^"]+"' "$1"/{frame,framework,install,ui,validate} |
+    sed 's/.*"\(.*\)"/\1/' | sort -u)
+[ -n "$run_time" ] || fail 'no function is loaded at run time any more'
+
+while read -r name; do
+    grep -qx -- "$name" <<< "$named" || fail "docs/faults.md does not say what happens when $name fails"
+done <<< "$imports
+$run_time"
+while read -r name; do
+    grep -qx -- "$name" <<< "$imports
+$run_time" || fail "docs/faults.md names $name, which the library does not call"
+done <<< "$named"
+twice=$(uniq -d <<< "$named")
+[ -z "$twice" ] || fail "docs/faults.md has two rows for $twice"
+
+# Every row of a table has a test; program: Suite.Test.
+rows=$(grep -E '^\| (`|–)' "$page")
+while IFS= read -r row; do
+    [[ $row =~ \`([a-z]+)\.([A-Za-z]+):\ ([A-Za-z]+)\.([A-Za-z0-9]+)\`\ \|$ ]] ||
+        { fail "no test in: $row"; continue; }
+    file=$1/tests/${BASH_REMATCH[1]}/${BASH_REMATCH[2]}Test.cpp
+    if [ ! -e "$file" ]; then
+        fail "no file $file"
+    elif ! tr -d '\n' < "$file" |
+        grep -qE "TEST(_F|_P)?\(${BASH_REMATCH[3]}, *${BASH_REMATCH[4]}\)"; then
+        fail "no test ${BASH_REMATCH[3]}.${BASH_REMATCH[4]} in $file"
+    fi
+done <<< "$rows"
+
+printf '%d functions, %d rows\n' "$(grep -c . <<< "$named")" "$(grep -c . <<< "$rows")"
+[ $failures = 0 ]
