@@ -19,6 +19,16 @@ struct Search
     int nCount;
 };
 
+// Without a message: the window's thread may be busy, and may be waiting for this one.
+std::string CaptionOf(HWND hWnd)
+{
+    WCHAR szWide[512] = L"";
+    char szText[1024] = "";
+    ::InternalGetWindowText(hWnd, szWide, 512);
+    ::WideCharToMultiByte(CP_ACP, 0, szWide, -1, szText, sizeof(szText), nullptr, nullptr);
+    return szText;
+}
+
 BOOL CALLBACK Visit(HWND hWnd, LPARAM lParam)
 {
     auto& search = *reinterpret_cast<Search*>(lParam);
@@ -30,7 +40,7 @@ BOOL CALLBACK Visit(HWND hWnd, LPARAM lParam)
     ::GetClassNameA(hWnd, szClass, sizeof(szClass));
     if (!search.bByCaption && std::strcmp(szClass, "#32770") == 0)
         ++search.nCount;
-    if (search.bByCaption && search.caption == TextOf(hWnd))
+    if (search.bByCaption && search.caption == CaptionOf(hWnd))
     {
         search.hFound = hWnd;
         return FALSE;
@@ -161,8 +171,9 @@ bool SaveBitmap(HBITMAP hBitmap, const std::string& path)
     const auto find = [hLibrary](const char* pszName) {
         return reinterpret_cast<void*>(::GetProcAddress(hLibrary, pszName));
     };
-    const auto startup = reinterpret_cast<int(WINAPI*)(ULONG_PTR*, const GdiplusStartupInput*,
-                                                       void*)>(find("GdiplusStartup"));
+    const auto startup =
+        reinterpret_cast<int(WINAPI*)(ULONG_PTR*, const GdiplusStartupInput*, void*)>(
+            find("GdiplusStartup"));
     const auto shutdown = reinterpret_cast<void(WINAPI*)(ULONG_PTR)>(find("GdiplusShutdown"));
     const auto create = reinterpret_cast<int(WINAPI*)(HBITMAP, HPALETTE, void**)>(
         find("GdipCreateBitmapFromHBITMAP"));
