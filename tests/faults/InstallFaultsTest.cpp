@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <string>
 
 namespace
@@ -79,6 +80,22 @@ TEST_F(InstallFault, OfFileCopyIsZeroForEveryErrorAndShowsNothing)
         EXPECT_EQ(tarn.FileCopy(source.c_str(), (target + "\\").c_str()), 1);
         EXPECT_TRUE(::DeleteFileA((target + "\\a.txt").c_str()));
     }
+    EXPECT_EQ(g_nBoxes, 0);
+}
+
+// Run by full_disk_test.sh, which also makes the disk, with room for less than the file.
+TEST_F(InstallFault, OfAFullDiskIsZeroForFileCopy)
+{
+    const char* const pszDisk = std::getenv("TARN_FULL_DISK");
+    if (pszDisk == nullptr)
+        GTEST_SKIP() << "no full disk; see full_disk_test.sh";
+    WriteBytes(source, std::string(2 << 20, 'x'));
+    const std::string disk = std::string(pszDisk) + "\\";
+    EXPECT_EQ(tarn.FileCopy(source.c_str(), disk.c_str()), 0);
+    ::DeleteFileA((disk + "a.txt").c_str());
+    WriteBytes(source, "text");
+    EXPECT_EQ(tarn.FileCopy(source.c_str(), disk.c_str()), 1) << "this much does fit";
+    EXPECT_EQ(ReadBytes(disk + "a.txt"), "text");
     EXPECT_EQ(g_nBoxes, 0);
 }
 
