@@ -122,6 +122,10 @@ protected:
     static void Confirm(HWND hDialog) { ::PostMessageA(hDialog, WM_COMMAND, IDOK, 0); }
     static void Cancel(HWND hDialog) { ::PostMessageA(hDialog, WM_COMMAND, IDCANCEL, 0); }
 
+    // As in every installer, there is a window before there is a dialog. Without one, Wine loads its
+    // display driver for the user's thread while this one loads the dialogs, and they lock each other
+    // out now and then.
+    HostWindow installer{0, 0, 10, 10};
     TempFolder temp;
     std::string folder;
     // The dialog may change it; a temporary folder could not be removed while it is current.
