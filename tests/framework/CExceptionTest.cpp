@@ -84,6 +84,30 @@ TEST(CException, CutsItsMessageToFit)
     EXPECT_FALSE(exception.GetErrorMessage(nullptr, 10));
 }
 
+TEST(CException, OfEachKindHasAMessage)
+{
+    const auto expect = [](void (*pfnThrow)(), const char* pszMessage) {
+        try
+        {
+            pfnThrow();
+            FAIL() << "nothing was thrown";
+        }
+        catch (CException* pException)
+        {
+            char szMessage[512] = "";
+            UINT nHelp = 4711;
+            EXPECT_TRUE(pException->GetErrorMessage(szMessage, sizeof(szMessage), &nHelp));
+            EXPECT_NE(std::strstr(szMessage, pszMessage), nullptr) << szMessage;
+            EXPECT_EQ(nHelp, 0U) << "there is no help";
+            EXPECT_EQ(MessageOf(*pException), szMessage);
+            pException->Delete();
+        }
+    };
+    expect(&AfxThrowMemoryException, "not enough memory");
+    expect(&AfxThrowInvalidArgException, "argument is not valid");
+    expect([] { AfxThrowFileException(CFileException::diskFull, 112, "a.txt"); }, "a.txt");
+}
+
 TEST(CMemoryException, IsThrownWithoutMemory)
 {
     AllocationFaults faults(::GetModuleHandleA(nullptr));

@@ -126,6 +126,57 @@ TEST(WaitDialog, HasAWorkerProcedureThatStoresTheResultAndThenPosts)
     EXPECT_EQ(msg.lParam, 0);
 }
 
+TEST(WaitDialog, HasAWorkerProcedureThatPostsNothingWithoutAWindow)
+{
+    LONGLONG nValue = 8;
+    WaitJobBlock block = {nullptr, &nValue, 0, &ReturnArgument};
+    EXPECT_EQ(WaitDlgThreadProc(&block), 0U);
+    EXPECT_EQ(block.nResult, 8);
+    MSG msg = {};
+    EXPECT_FALSE(::PeekMessageA(&msg, nullptr, WM_WAITDLG_JOBDONE, WM_WAITDLG_JOBDONE, PM_REMOVE));
+}
+
+// A worker may come to its job only after the dialog has taken the window out of the block, and put -1
+// or -2 there.
+TEST(WaitDialog, HasAWorkerProcedureThatGivesAMarkToNoJobForAWindow)
+{
+    struct Late
+    {
+        WaitJobBlock block;
+        HWND hWnd; // what the job was given
+    };
+    const WaitJobProc pfnJob = [](void* pArg, HWND hWnd) -> LONGLONG {
+        auto& late = *static_cast<Late*>(pArg);
+        late.hWnd = hWnd;
+        late.block.hWnd = nullptr; // no dialog is there to follow the mark up
+        return 1;
+    };
+    for (const INT_PTR nMark : {-1, -2})
+    {
+        Late late = {{reinterpret_cast<HWND>(nMark), &late, 0, pfnJob}, ::GetDesktopWindow()};
+        EXPECT_EQ(WaitDlgThreadProc(&late.block), 0U);
+        EXPECT_EQ(late.block.nResult, 1);
+        EXPECT_EQ(late.hWnd, nullptr) << nMark;
+    }
+}
+
+TEST(WaitDialog, TakesATickAfterTheWatchdogHasTerminatedTheWorker)
+{
+    HeldJob job;
+    OpenDialog dlg;
+    dlg.m_job.pArg = &job;
+    dlg.m_job.pfnJob = &HeldJob::Run;
+    ASSERT_TRUE(dlg.Create(IDD_WAITDLG, nullptr));
+    ASSERT_EQ(::WaitForSingleObject(job.hStarted, kLimitMilliseconds),
+              static_cast<DWORD>(WAIT_OBJECT_0));
+    Tick(dlg.GetSafeHwnd(), kWatchdogTicks);
+    EXPECT_TRUE(job.WorkerHasEnded(0));
+    Tick(dlg.GetSafeHwnd(), 1);
+    EXPECT_EQ(dlg.m_nTicks, kWatchdogTicks + 1);
+    EXPECT_EQ(dlg.m_job.nResult, 0);
+    dlg.DestroyWindow();
+}
+
 TEST(WaitDialog, KeepsTheWorkersThreadObjectAliveAfterTheWorkersEnd)
 {
     LONGLONG nValue = 5;

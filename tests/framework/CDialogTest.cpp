@@ -1,0 +1,106 @@
+// CDialog: commands, and what its handlers throw.
+#include <afxwin.h>
+
+#include "tests/support/WindowDriver.h"
+#include "ui/resource.h"
+
+#include <gtest/gtest.h>
+
+using namespace window_driver;
+
+namespace
+{
+constexpr WPARAM kOtherCommand = 77;
+
+class TestDialog : public CDialog
+{
+public:
+    explicit TestDialog(CWnd* pParentWnd = nullptr) : CDialog(IDD_WAITDLG, pParentWnd) {}
+
+    WPARAM m_nCommand = 0;          // posted to itself as soon as it is there
+    void (*m_pfnThrow)() = nullptr; // called while it is made, and on OK
+    int m_nThrown = 0;
+
+protected:
+    BOOL OnInitDialog() override
+    {
+        if (m_nCommand != 0)
+            ::PostMessageA(m_hWnd, WM_COMMAND, m_nCommand, 0);
+        Throw();
+        return CDialog::OnInitDialog();
+    }
+    void OnOK() override
+    {
+        Throw();
+        CDialog::OnOK();
+    }
+
+private:
+    void Throw()
+    {
+        if (m_pfnThrow == nullptr)
+            return;
+        ++m_nThrown;
+        m_pfnThrow();
+    }
+};
+} // namespace
+
+TEST(CDialog, EndsWithTheCommandThatItWasGiven)
+{
+    for (const int nCommand : {IDOK, IDCANCEL})
+    {
+        TestDialog dlg;
+        dlg.m_nCommand = static_cast<WPARAM>(nCommand);
+        EXPECT_EQ(dlg.DoModal(), nCommand);
+    }
+}
+
+TEST(CDialog, LeavesOtherCommandsAlone)
+{
+    TestDialog dlg;
+    ASSERT_TRUE(dlg.Create(IDD_WAITDLG));
+    HWND const hWnd = dlg.GetSafeHwnd();
+    EXPECT_EQ(::SendMessageA(hWnd, WM_COMMAND, kOtherCommand, 0), 0);
+    EXPECT_TRUE(::IsWindowVisible(hWnd));
+    ::SendMessageA(hWnd, WM_COMMAND, IDCANCEL, 0);
+    EXPECT_FALSE(::IsWindowVisible(hWnd)) << "a modeless one is hidden";
+    dlg.DestroyWindow();
+}
+
+TEST(CDialog, IsOwnedByItsParent)
+{
+    TestDialog parent;
+    ASSERT_TRUE(parent.Create(IDD_WAITDLG));
+    TestDialog child;
+    ASSERT_TRUE(child.Create(IDD_WAITDLG, &parent));
+    EXPECT_EQ(::GetWindow(child.GetSafeHwnd(), GW_OWNER), parent.GetSafeHwnd());
+    EXPECT_EQ(AfxGetSafeOwner(&parent), parent.GetSafeHwnd());
+    child.DestroyWindow();
+    parent.DestroyWindow();
+    EXPECT_EQ(AfxGetSafeOwner(&parent), ::GetActiveWindow()) << "without a window it is no owner";
+}
+
+TEST(CDialog, LetsNoExceptionOutToTheSystem)
+{
+    for (void (*const pfnThrow)() : {+[] { AfxThrowInvalidArgException(); }, +[] { throw 1; }})
+    {
+        TestDialog dlg;
+        dlg.m_pfnThrow = pfnThrow;
+        ASSERT_TRUE(dlg.Create(IDD_WAITDLG));
+        EXPECT_EQ(::SendMessageA(dlg.GetSafeHwnd(), WM_COMMAND, IDOK, 0), 0);
+        EXPECT_EQ(dlg.m_nThrown, 2);
+        EXPECT_TRUE(::IsWindow(dlg.GetSafeHwnd()));
+        dlg.DestroyWindow();
+    }
+}
+
+TEST(CWnd, OfNoObjectIsLeftToTheSystem)
+{
+    const HostWindow host(0, 0, 10, 10);
+    ::SetWindowTextA(host.Handle(), "plain");
+    char szText[16] = "";
+    EXPECT_EQ(
+        AfxWndProc(host.Handle(), WM_GETTEXT, sizeof(szText), reinterpret_cast<LPARAM>(szText)), 5);
+    EXPECT_STREQ(szText, "plain");
+}
