@@ -35,9 +35,13 @@ target_link_libraries(tarn PRIVATE tarn_options ${system_libraries})
 # the optimiser about the definition file's exports; as undefined symbols they stay.
 file(STRINGS frame/tarn.def exports REGEX "^ ")
 list(TRANSFORM exports REPLACE "^ +" "-Wl,--undefined=")
-target_compile_options(tarn PRIVATE -flto -fvisibility=hidden)
+option(TARN_LTO "Optimise the library as one program" ON)
+if(TARN_LTO)
+  set(lto -flto)
+endif()
+target_compile_options(tarn PRIVATE ${lto} -fvisibility=hidden)
 target_link_options(tarn PRIVATE
-  -flto -ffile-prefix-map=${PROJECT_SOURCE_DIR}=. -ffile-prefix-map=${PROJECT_BINARY_DIR}=./build
+  ${lto} -ffile-prefix-map=${PROJECT_SOURCE_DIR}=. -ffile-prefix-map=${PROJECT_BINARY_DIR}=./build
   ${exports}
   -static -static-libgcc -static-libstdc++
   -Wl,--gc-sections,--no-insert-timestamp,--dynamicbase,--high-entropy-va,--nxcompat
