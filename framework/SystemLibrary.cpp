@@ -13,9 +13,10 @@ HMODULE AfxLoadSystemLibrary(LPCSTR pszFileName) noexcept
     ::lstrcpynA(szPath + cb + 1, pszFileName, cbName + 1);
     HMODULE const hModule = ::LoadLibraryExA(szPath, nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
     HMODULE hPinned = nullptr;
-    if (hModule != nullptr &&
-        ::GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_PIN | GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
-                             reinterpret_cast<LPCSTR>(hModule), &hPinned))
-        ::FreeLibrary(hModule); // the pin holds it
-    return hModule;
+    if (hModule == nullptr || !::GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_PIN |
+                                                        GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
+                                                    reinterpret_cast<LPCSTR>(hModule), &hPinned))
+        return hModule;
+    ::FreeLibrary(hModule); // the pin holds it
+    return hPinned;
 }
