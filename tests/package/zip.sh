@@ -70,7 +70,7 @@ check 'nor does the CMake package' refuses grep -rF -e "$source_dir" -e "$build"
 ask_gdb() { gdb -batch -nx -ex 'info line VerifyEmail' -ex 'ptype CString' "$1" > gdb.log 2>&1; }
 ask_gdb "$kit/bin/tarn.dll"
 check 'gdb finds the lines of a function' holds gdb.log 'validate/VerifyEmail.cpp'
-check 'gdb finds the types' holds gdb.log 'class CString'
+check 'gdb finds the types' holds gdb.log 'CString {'
 mkdir alone
 cp "$kit/bin/tarn.dll" alone
 ask_gdb alone/tarn.dll
