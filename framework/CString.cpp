@@ -306,6 +306,8 @@ CString CString::Left(int nCount) const
 
 CString CString::Right(int nCount) const
 {
+    if (nCount < 0)
+        nCount = 0;
     return Mid(GetLength() - nCount, nCount);
 }
 
