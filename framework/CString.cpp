@@ -3,6 +3,7 @@
 #include "CInvalidArgException.h"
 #include "CMemoryException.h"
 #include "CodePage.h"
+#include "TextBytes.h"
 
 #include <climits>
 #include <cstddef>
@@ -23,7 +24,7 @@ int TextLength(LPCSTR psz)
 {
     if (psz == nullptr)
         return 0;
-    const std::size_t cb = std::strlen(psz);
+    const std::size_t cb = AfxTextLength(psz);
     if (cb >= INT_MAX)
         AfxThrowMemoryException();
     return static_cast<int>(cb);
@@ -208,7 +209,7 @@ void CString::SetString(const char* pch, int nLength)
     }
     if (CanWrite(nLength))
     {
-        Copy(m_pszData, pch, nLength);
+        AfxMoveText(m_pszData, pch, static_cast<std::size_t>(nLength));
         SetLength(nLength);
         return;
     }

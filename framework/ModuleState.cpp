@@ -20,10 +20,8 @@ AFX_MODULE_STATE::~AFX_MODULE_STATE()
         ::ReleaseActCtx(m_hActCtx);
 }
 
-HANDLE AFX_MODULE_STATE::GetActivationContext() noexcept
+HANDLE AFX_MODULE_STATE::MakeActivationContext() noexcept
 {
-    if (m_hActCtx != INVALID_HANDLE_VALUE)
-        return m_hActCtx;
     ACTCTXA actctx = {};
     actctx.cbSize = sizeof(actctx);
     actctx.dwFlags = ACTCTX_FLAG_HMODULE_VALID | ACTCTX_FLAG_RESOURCE_NAME_VALID;

@@ -18,7 +18,11 @@ public:
 
     // The context of the module's manifest, made on first use; INVALID_HANDLE_VALUE when there is no
     // manifest or no context can be made, in which case the next call tries again.
-    HANDLE GetActivationContext() noexcept;
+    HANDLE GetActivationContext() noexcept
+    {
+        HANDLE const hActCtx = m_hActCtx;
+        return hActCtx != INVALID_HANDLE_VALUE ? hActCtx : MakeActivationContext();
+    }
 
     // The module's live windows, for the day it is unloaded before they are gone.
     void AddWindow(CWnd* pWnd) noexcept;
@@ -33,6 +37,8 @@ public:
     BYTE m_bDLL;
 
 private:
+    __attribute__((noinline)) HANDLE MakeActivationContext() noexcept;
+
     HANDLE volatile m_hActCtx = INVALID_HANDLE_VALUE; // owned
     SRWLOCK m_lock = SRWLOCK_INIT;                    // guards the list of windows
     CWnd* m_pFirstWnd = nullptr;

@@ -25,6 +25,17 @@ DWORD MakeSlot() noexcept
         ::TlsFree(nNew); // another thread was first
     return FindSlot();
 }
+
+__attribute__((noinline)) _AFX_THREAD_STATE* MakeThreadState()
+{
+    auto* const pState = new _AFX_THREAD_STATE;
+    if (!AfxSetThreadState(pState))
+    {
+        delete pState;
+        AfxThrowMemoryException();
+    }
+    return pState;
+}
 } // namespace
 
 _AFX_THREAD_STATE* AfxFindThreadState() noexcept
@@ -35,17 +46,8 @@ _AFX_THREAD_STATE* AfxFindThreadState() noexcept
 
 _AFX_THREAD_STATE* AfxGetThreadState()
 {
-    _AFX_THREAD_STATE* pState = AfxFindThreadState();
-    if (pState == nullptr)
-    {
-        pState = new _AFX_THREAD_STATE;
-        if (!AfxSetThreadState(pState))
-        {
-            delete pState;
-            AfxThrowMemoryException();
-        }
-    }
-    return pState;
+    _AFX_THREAD_STATE* const pState = AfxFindThreadState();
+    return pState != nullptr ? pState : MakeThreadState();
 }
 
 BOOL AfxSetThreadState(_AFX_THREAD_STATE* pState) noexcept

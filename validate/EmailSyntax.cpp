@@ -35,9 +35,10 @@ constexpr ByteClasses kByteClasses;
 // Index of the first byte at or after i that is not of the class; the terminator is of none.
 int SkipBytes(const char* psz, int i, unsigned char nClass)
 {
-    while ((kByteClasses.classes[static_cast<unsigned char>(psz[i])] & nClass) != 0)
-        ++i;
-    return i;
+    const char* p = psz + i;
+    while ((kByteClasses.classes[static_cast<unsigned char>(*p)] & nClass) != 0)
+        ++p;
+    return static_cast<int>(p - psz);
 }
 
 int Reject(int* pnErrorPos, int nErrorPos, CString& strMessage, LPCTSTR pszMessage)
@@ -55,7 +56,9 @@ int CheckDomain(const char* pszAddress, int nAt, int* pnErrorPos, CString& strMe
     {
         const int nGoodEnd = SkipBytes(pszAddress, nStart, kLabelByte);
         // The label goes on to the dot, past a bad byte, and its length is looked at first.
-        const int nEnd = nGoodEnd + static_cast<int>(std::strcspn(pszAddress + nGoodEnd, "."));
+        int nEnd = nGoodEnd;
+        while (pszAddress[nEnd] != '.' && pszAddress[nEnd] != '\0')
+            ++nEnd;
         if (nEnd - nStart > kMaxLabelLength)
             return Reject(pnErrorPos, nStart + 1, strMessage, kLabelTooLong);
         if (nEnd == nStart)

@@ -2,7 +2,7 @@
 #include "include/tarn.h"
 #include "validate/EmailSyntax.h"
 
-#include <cstring>
+#include "framework/TextBytes.h"
 
 namespace
 {
@@ -17,8 +17,8 @@ extern "C" int VerifyEmail(char* address, int* errorPosition, char* message)
     CFixedStringT<CString, TARN_EMAIL_MESSAGE_SIZE> strMessage;
     const int nResult = CheckEmailSyntax(strAddress, errorPosition, strMessage);
     // Trimmed, so never longer than what the caller gave.
-    std::memcpy(address, strAddress, static_cast<std::size_t>(strAddress.GetLength()) + 1);
+    AfxMoveText(address, strAddress, static_cast<std::size_t>(strAddress.GetLength()) + 1);
     if (!strMessage.IsEmpty())
-        std::memcpy(message, strMessage, static_cast<std::size_t>(strMessage.GetLength()) + 1);
+        AfxMoveText(message, strMessage, static_cast<std::size_t>(strMessage.GetLength()) + 1);
     return nResult != 0 ? 1 : 0;
 }
