@@ -1,4 +1,5 @@
 // RunJobWithWaitDlg and the dialog class behind it, on real windows and threads.
+#include "tests/support/ImportPatch.h"
 #include "tests/support/WindowDriver.h"
 #include "ui/WaitDlgModless.h"
 
@@ -57,6 +58,14 @@ struct HeldJob
     }
 };
 
+// In the place of SetTimer, which it does without.
+UINT g_nMilliseconds = 0;
+UINT_PTR WINAPI NoteTimer(HWND /*hWnd*/, UINT_PTR nID, UINT nMilliseconds, TIMERPROC /*pfn*/)
+{
+    g_nMilliseconds = nMilliseconds;
+    return nID;
+}
+
 // The dialog with its protected operations in reach.
 class OpenDialog : public CWaitDlgModless
 {
@@ -102,6 +111,18 @@ TEST(WaitDialog, RemembersItsTimerAndItsWindowAndStartsNoWorkerWithoutAJob)
     dlg.DestroyWindow();
     EXPECT_EQ(dlg.GetSafeHwnd(), nullptr);
     EXPECT_EQ(dlg.m_nTicks, 3) << "never reset";
+}
+
+TEST(WaitDialog, TicksEvery600Milliseconds)
+{
+    const ImportPatch patch(::GetModuleHandleA(nullptr), "SetTimer",
+                            reinterpret_cast<void*>(&NoteTimer));
+    ASSERT_TRUE(patch.IsActive());
+    OpenDialog dlg;
+    ASSERT_TRUE(dlg.Create(IDD_WAITDLG, nullptr));
+    EXPECT_EQ(g_nMilliseconds, 600U);
+    EXPECT_EQ(dlg.m_nTimerID, 333U);
+    dlg.DestroyWindow();
 }
 
 TEST(WaitDialog, HasAnIdleProcedureForABlockWithoutAJob)
