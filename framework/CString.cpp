@@ -55,8 +55,6 @@ const char* FindText(const char* p, const char* pEnd, const char* pszSub, int cb
             std::memcmp(p, pszSub, static_cast<std::size_t>(cbSub)) == 0 &&
             EndsWhole(p, pEnd, cbSub))
             return p;
-        if (p == pEnd)
-            break;
         p += AfxCharLength(p, pEnd);
     }
     return nullptr;

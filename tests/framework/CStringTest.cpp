@@ -125,6 +125,17 @@ TEST(CString, IsAValue)
     EXPECT_STREQ(strSecond, "first and more");
 }
 
+TEST(CString, HasNothingToDoInTheseCases)
+{
+    CString str;
+    str.ReleaseBuffer();
+    EXPECT_STREQ(str, "");
+    EXPECT_STREQ(CString(), "") << "the block that empty strings share";
+    str = "aba";
+    EXPECT_EQ(str.Replace('a', 'a'), 0);
+    EXPECT_STREQ(str, "aba");
+}
+
 TEST(CString, LeavesCopiesAloneWhateverIsDoneToIt)
 {
     const CString strOriginal("  a,b,a  ");

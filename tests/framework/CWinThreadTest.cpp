@@ -61,6 +61,13 @@ void RunThread(Seen& seen)
     delete pThread;
 }
 
+TEST(CWinThread, HasNothingOfItsOwnToStartOrToEnd)
+{
+    CWinThread thread;
+    EXPECT_FALSE(thread.InitInstance()) << "there is no message loop to go into";
+    EXPECT_EQ(thread.ExitInstance(), 0);
+}
+
 TEST(CWinThread, KeepsItsObjectWhenTheThreadAsksForThat)
 {
     Seen seen;
