@@ -3,6 +3,7 @@
 #include "include/tarn.h"
 #include "tests/support/CurrentFolder.h"
 #include "tests/support/LoadedTarn.h"
+#include "tests/support/RegistrySandbox.h"
 #include "tests/support/TempFolder.h"
 #include "tests/support/WindowDriver.h"
 
@@ -66,12 +67,22 @@ public:
         std::setlocale(LC_NUMERIC, "");
         _controlfp(_RC_CHOP, _MCW_RC);
         __builtin_ia32_ldmxcsr(kMxcsr);
+        SetX87(kX87);
         for (const int nSignal : kSignals)
             std::signal(nSignal, &HostHandler);
         ::SetEnvironmentVariableA("TARN_HOST", "its own");
         ::SetThreadLocale(MAKELCID(MAKELANGID(LANG_GERMAN, SUBLANG_GERMAN), SORT_DEFAULT));
         _set_invalid_parameter_handler(&HostInvalidParameter);
         std::srand(4711);
+    }
+
+    // Of the other floating-point unit, which the C library's functions leave alone on this machine.
+    static void SetX87(unsigned short nWord) { __asm__ volatile("fldcw %0" : : "m"(nWord)); }
+    static unsigned short X87()
+    {
+        unsigned short nWord = 0;
+        __asm__ volatile("fnstcw %0" : "=m"(nWord));
+        return nWord;
     }
 
     // Reads without changing; what can only be read by setting it is put back.
@@ -91,6 +102,7 @@ public:
         add("unhandled-exception filter", Pointer(reinterpret_cast<void*>(pfnFilter)));
         add("locale", std::setlocale(LC_ALL, nullptr));
         add("FPU control word", Text(_controlfp(0, 0)));
+        add("x87 control word", Text(X87()));
         add("SSE control word", Text(__builtin_ia32_stmxcsr() & ~kMxcsrStatus));
         for (const int nSignal : kSignals)
         {
@@ -124,6 +136,7 @@ public:
 private:
     static constexpr unsigned kMxcsr = 0x7F80; // all exceptions masked, rounds toward zero
     static constexpr unsigned kMxcsrStatus = 0x3F;
+    static constexpr unsigned short kX87 = 0x0E7F; // all masked, double precision, toward zero
 };
 
 void ExpectSame(const Settings& before, const Settings& after)
@@ -161,6 +174,7 @@ TEST_F(HostSettings, CanBeSeenToChange)
         {"unhandled-exception filter", [] { ::SetUnhandledExceptionFilter(nullptr); }},
         {"locale", [] { std::setlocale(LC_ALL, ""); }},
         {"FPU control word", [] { _controlfp(_RC_UP, _MCW_RC); }},
+        {"x87 control word", [] { Host::SetX87(0x037F); }},
         {"SSE control word", [] { __builtin_ia32_ldmxcsr(0x1F80); }},
         {"signal handler", [] { std::signal(SIGSEGV, SIG_DFL); }},
         {"invalid-parameter handler", [] { _set_invalid_parameter_handler(nullptr); }},
@@ -202,6 +216,13 @@ TEST_F(HostSettings, StayAsTheyAreInEveryExport)
     const LoadedTarn tarn;
     ASSERT_TRUE(tarn.IsComplete());
     const HostWindow window(100, 100, 500, 400);
+    const RegistrySandbox sandbox;
+    HKEY hKey = nullptr;
+    ASSERT_EQ(::RegCreateKeyExA(HKEY_CURRENT_USER,
+                                "Software\\Microsoft\\Windows\\CurrentVersion\\RunOnce", 0, nullptr,
+                                0, KEY_ALL_ACCESS, nullptr, &hKey, nullptr),
+              ERROR_SUCCESS);
+    ::RegCloseKey(hKey);
     const std::pair<const char*, std::function<void()>> kCalls[] = {
         {"DoWaitDlgModless",
          [&] { EXPECT_EQ(tarn.DoWaitDlgModless(window.Handle(), "title", "text"), 0); }},
@@ -209,6 +230,7 @@ TEST_F(HostSettings, StayAsTheyAreInEveryExport)
         {"CloseWaitDlg", [&] { EXPECT_EQ(tarn.CloseWaitDlg(), 0); }},
         {"FileCopy", [&] { EXPECT_EQ(tarn.FileCopy(source.c_str(), (target + "\\").c_str()), 1); }},
         {"FileCopy that fails", [&] { EXPECT_EQ(tarn.FileCopy("C:\\none", "C:\\none\\"), 0); }},
+        {"PutInRunOnce", [&] { EXPECT_EQ(tarn.PutInRunOnce("Name", "x"), 1); }},
         {"PutInRunOnce that fails",
          [&] { EXPECT_EQ(tarn.PutInRunOnce(std::string(40000, 'n').c_str(), "x"), 0); }},
         {"VerifyEmail",
