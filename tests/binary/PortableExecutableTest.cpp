@@ -124,11 +124,77 @@ TEST(Binary, ImportsSystemLibrariesOnly)
     EXPECT_EQ(Image().Directory(IMAGE_DIRECTORY_ENTRY_DELAY_IMPORT).Size, 0U);
 }
 
+std::vector<std::string> ImportedFunctions(const Image& image)
+{
+    std::vector<std::string> names;
+    const auto* pImport = image.AtAddress<IMAGE_IMPORT_DESCRIPTOR>(
+        image.Directory(IMAGE_DIRECTORY_ENTRY_IMPORT).VirtualAddress);
+    for (; pImport != nullptr && pImport->Name != 0; ++pImport)
+    {
+        const auto* pEntry = image.AtAddress<IMAGE_THUNK_DATA64>(pImport->OriginalFirstThunk);
+        for (; pEntry != nullptr && pEntry->u1.AddressOfData != 0; ++pEntry)
+        {
+            EXPECT_FALSE(IMAGE_SNAP_BY_ORDINAL64(pEntry->u1.Ordinal)) << "nobody can tell which";
+            // Behind a hint of two bytes.
+            names.push_back(
+                image.AtAddress<char>(static_cast<DWORD>(pEntry->u1.AddressOfData) + 2));
+        }
+    }
+    return names;
+}
+
+// What it cannot call it cannot do: load by another way than from the system folder, change what
+// belongs to the host's process, or make code of data.
+TEST(Binary, ImportsNothingThatSearchesForLibrariesOrChangesTheProcess)
+{
+    const std::vector<std::string> names = ImportedFunctions(Image());
+    const auto has = [&names](const std::string& name) {
+        return std::find(names.begin(), names.end(), name) != names.end();
+    };
+    EXPECT_TRUE(has("LoadLibraryExA")) << "the names are not read";
+    EXPECT_TRUE(has("GetSystemDirectoryA"));
+    for (const char* const pszName : {"LoadLibraryA",
+                                      "LoadLibraryW",
+                                      "LoadLibraryExW",
+                                      "LoadModule",
+                                      "SearchPathA",
+                                      "SearchPathW",
+                                      "SetDllDirectoryA",
+                                      "SetDllDirectoryW",
+                                      "SetDefaultDllDirectories",
+                                      "AddDllDirectory",
+                                      "SetSearchPathMode",
+                                      "SetErrorMode",
+                                      "SetThreadErrorMode",
+                                      "SetUnhandledExceptionFilter",
+                                      "AddVectoredExceptionHandler",
+                                      "signal",
+                                      "setlocale",
+                                      "_configthreadlocale",
+                                      "SetThreadLocale",
+                                      "_controlfp",
+                                      "_control87",
+                                      "_controlfp_s",
+                                      "_fpreset",
+                                      "_set_invalid_parameter_handler",
+                                      "SetCurrentDirectoryA",
+                                      "SetCurrentDirectoryW",
+                                      "SetEnvironmentVariableA",
+                                      "SetEnvironmentVariableW",
+                                      "_putenv",
+                                      "SetPriorityClass",
+                                      "VirtualProtect",
+                                      "VirtualAlloc"})
+        EXPECT_FALSE(has(pszName)) << pszName;
+}
+
 TEST(Binary, MayBeLoadedAnywhereAndRunsNoData)
 {
     const Image image;
     const WORD nFlags = image.Headers().OptionalHeader.DllCharacteristics;
     EXPECT_NE(nFlags & 0x0020, 0) << "high-entropy address space layout";
+    EXPECT_NE(image.Headers().FileHeader.Characteristics & IMAGE_FILE_LARGE_ADDRESS_AWARE, 0)
+        << "without it the high addresses are not used";
     EXPECT_NE(nFlags & IMAGE_DLLCHARACTERISTICS_DYNAMIC_BASE, 0);
     EXPECT_NE(nFlags & IMAGE_DLLCHARACTERISTICS_NX_COMPAT, 0);
     // The flags mean nothing for a file without relocations.
