@@ -78,14 +78,12 @@ protected:
             {
                 EXPECT_EQ(attempt.outcome.left, situation.left);
             }
-            if (!attempt.bFailed)
+            if (attempt.outcome.left == Left::ByReturning)
             {
-                if (attempt.outcome.left == Left::ByReturning)
-                {
-                    EXPECT_EQ(attempt.outcome.nResult, situation.nResult);
-                }
-                return n - 1;
+                EXPECT_EQ(attempt.outcome.nResult, situation.nResult);
             }
+            if (!attempt.bFailed)
+                return n - 1;
         }
         ADD_FAILURE() << "the requests do not end";
         return 0;
