@@ -168,6 +168,29 @@ TEST_F(OpenDialogFault, OfTheDialogItselfReturnsZeroAndTouchesNothing)
     }));
 }
 
+// The dialog's library is there all the same; what could not be given back is one more reference to it.
+TEST_F(OpenDialogFault, OfKeepingTheDialogsLibraryDoesNotKeepTheDialogAway)
+{
+    const ImportPatch patch(pTarn->Module(), "GetProcAddress",
+                            reinterpret_cast<void*>(&FindAnswer));
+    for (const char* const pszFunction : {"GetModuleHandleExA", "FreeLibrary"})
+    {
+        SCOPED_TRACE(pszFunction);
+        const CallersState state = CallersState::Now();
+        {
+            const FailingCall failing(pTarn->Module(), pszFunction);
+            ASSERT_TRUE(failing.IsActive());
+            EXPECT_EQ(Open(), 1);
+            EXPECT_EQ(FailingCall::Calls(), 1);
+            EXPECT_STREQ(buffer, kChosen);
+            EXPECT_EQ(CallersState::Now(), state);
+        }
+        Fill();
+        EXPECT_EQ(Open(), 1);
+        Fill();
+    }
+}
+
 TEST_F(OpenDialogFault, OfTheActiveWindowLeavesTheDialogWithoutAnOwner)
 {
     const ImportPatch patch(pTarn->Module(), "GetProcAddress",

@@ -286,6 +286,32 @@ TEST_F(RunOnce, FailsAndClosesTheKeyWhenTheValueCannotBeSet)
     EXPECT_EQ(CountValues(kRunOnce), 0U);
 }
 
+// No system of today says so for a text that fits into memory: the answers are made up.
+TEST_F(RunOnce, FailsAndKeepsTheOldValueWhenTheNewOneIsTooLarge)
+{
+    SetValue(kRunOnce, "Name", REG_SZ, std::string("old") + '\0');
+    const std::string command(100000, 'y');
+    {
+        const Recorder recorder(tarn.Module());
+        const CallersState before = CallersState::Now();
+        const int nBefore = CountOpenHandles();
+        for (const LSTATUS nError :
+             {ERROR_NO_SYSTEM_RESOURCES, ERROR_NOT_ENOUGH_QUOTA, ERROR_INVALID_PARAMETER})
+        {
+            g_nSetResult = nError;
+            EXPECT_EQ(tarn.PutInRunOnce("Name", command.c_str()), 0);
+            EXPECT_EQ(g_cbData, command.size() + 1);
+        }
+        EXPECT_EQ(g_nSet, 3);
+        EXPECT_EQ(g_nClosed, 3);
+        EXPECT_EQ(CountOpenHandles(), nBefore);
+        EXPECT_EQ(CallersState::Now(), before);
+    }
+    ExpectStored("Name", "old");
+    EXPECT_EQ(tarn.PutInRunOnce("Name", command.c_str()), 1);
+    ExpectStored("Name", command);
+}
+
 TEST_F(RunOnce, DoesNotCareWhetherTheKeyCouldBeClosed)
 {
     const Recorder recorder(tarn.Module());
