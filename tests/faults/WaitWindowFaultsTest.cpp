@@ -383,6 +383,11 @@ TEST_F(WaitWindowFault, OfBindingTheObjectLeavesAPlainWindowThatCloseDestroys)
     ExpectToWork();
 }
 
+LONG_PTR WINAPI FindNoObject(HWND /*hWnd*/, int /*nIndex*/)
+{
+    return 0;
+}
+
 // The system is asked for the object with each message, and for its own procedure.
 TEST_F(WaitWindowFault, OfFindingTheObjectIsTheSystemsDefaultForThatMessage)
 {
@@ -395,6 +400,13 @@ TEST_F(WaitWindowFault, OfFindingTheObjectIsTheSystemsDefaultForThatMessage)
         EXPECT_EQ(TextOf(hWnd), kCaption) << "the default procedure answers";
     }
     EXPECT_TRUE(::IsWindowVisible(hWnd));
+    {
+        const ImportPatch patch(tarn.Module(), "GetWindowLongPtrA",
+                                reinterpret_cast<void*>(&FindNoObject));
+        const FailingCall failing(tarn.Module(), "DefWindowProcA");
+        EXPECT_EQ(::SendMessageA(hWnd, WM_GETTEXTLENGTH, 0, 0), 0);
+        EXPECT_EQ(FailingCall::Calls(), 1);
+    }
     {
         const FailingCall failing(tarn.Module(), "CallWindowProcA");
         EXPECT_EQ(::SendMessageA(hWnd, WM_GETTEXTLENGTH, 0, 0), 0);
