@@ -29,19 +29,33 @@ inline std::size_t AfxTextLength(const char* psz) noexcept
            static_cast<unsigned int>(__builtin_ctz(nZeros));
 }
 
-// As memmove, without a call for 16 to 32 bytes.
+// As memmove, without a call from 16 bytes on, unless more than 32 go to a place inside the source.
 inline void AfxMoveText(char* pDest, const char* pSrc, std::size_t cb) noexcept
 {
-    if (cb < 16 || cb > 32)
+    const auto load = [](const char* p) {
+        return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+    };
+    const auto store = [](char* p, __m128i block) {
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(p), block);
+    };
+    const std::size_t nAhead =
+        reinterpret_cast<std::size_t>(pDest) - reinterpret_cast<std::size_t>(pSrc);
+    if (cb < 16 || (cb > 32 && nAhead < cb))
     {
         std::memmove(pDest, pSrc, cb);
         return;
     }
-    // Both halves, which overlap in the middle, are read before either is written.
-    const __m128i first = _mm_loadu_si128(reinterpret_cast<const __m128i*>(pSrc));
-    const __m128i last = _mm_loadu_si128(reinterpret_cast<const __m128i*>(pSrc + cb - 16));
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(pDest), first);
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(pDest + cb - 16), last);
+    // The last block, which overlaps the one before, is read before anything is written; a block that
+    // is written lies before those that are still to be read.
+    const __m128i last = load(pSrc + cb - 16);
+    std::size_t n = 0;
+    do
+    {
+        store(pDest + n, load(pSrc + n));
+        n += 16;
+    }
+    while (n + 16 < cb);
+    store(pDest + cb - 16, last);
 }
 
 #else

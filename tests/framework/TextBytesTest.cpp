@@ -39,6 +39,28 @@ TEST(TextBytes, LengthDoesNotReachIntoTheNextPage)
         ASSERT_EQ(AfxTextLength(pPages + kPage - 1 - cb), cb);
     ::VirtualFree(pPages, 0, MEM_RELEASE);
 }
+
+// Neither what is read nor what is written: both lie at an end of the only page that is there.
+TEST(TextBytes, MoveStaysInsideBothTexts)
+{
+    constexpr std::size_t kPage = 4096;
+    auto* const pPages =
+        static_cast<char*>(::VirtualAlloc(nullptr, 3 * kPage, MEM_RESERVE, PAGE_NOACCESS));
+    auto* const pPage = pPages + kPage;
+    ASSERT_EQ(::VirtualAlloc(pPage, kPage, MEM_COMMIT, PAGE_READWRITE), pPage);
+    for (std::size_t cb = 0; cb < 300; ++cb)
+    {
+        char* const pEnd = pPage + kPage - cb;
+        std::memset(pPage, 'a', kPage);
+        std::memset(pEnd, 'z', cb);
+        AfxMoveText(pPage, pEnd, cb);
+        ASSERT_EQ(std::string(pPage, cb + 1), std::string(cb, 'z') + 'a');
+        std::memset(pPage, 'b', cb);
+        AfxMoveText(pEnd, pPage, cb);
+        ASSERT_EQ(std::string(pEnd - 1, cb + 1), 'a' + std::string(cb, 'b'));
+    }
+    ::VirtualFree(pPages, 0, MEM_RELEASE);
+}
 #endif
 
 TEST(TextBytes, MovesEveryLengthOverEveryOverlap)
@@ -46,7 +68,7 @@ TEST(TextBytes, MovesEveryLengthOverEveryOverlap)
     std::string text;
     for (int ch = 1; ch < 200; ++ch)
         text += static_cast<char>(ch);
-    for (std::size_t cb = 0; cb < 70; ++cb)
+    for (std::size_t cb = 0; cb < 110; ++cb)
     {
         for (std::size_t nDest = 0; nDest < 80; ++nDest)
         {
