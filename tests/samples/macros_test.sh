@@ -68,18 +68,24 @@ calls() {
 
 # A library that the installer cannot load: a sentence, no crash.
 unusable() {
-    local code limit=$((SECONDS + 30)) window='' sentence='The setup library cannot be used'
+    local code installer limit window='' sentence='The setup library cannot be used'
     compile "$macros" -DINIT_ONLY -DTARN_DLL=$x86_dll || die "macros.nsi cannot be compiled"
     timeout 60 wine "$macros" /S &> "$out/macros.log"
     code=$?
     check 'a 32-bit tarn.dll, silent' "exit code $code" equal $code 2
 
     timeout 60 wine "$macros" &> "$out/macros.log" &
+    installer=$!
+    limit=$((SECONDS + 60))
     until [ -n "$window" ] || [ $SECONDS -ge $limit ]; do
         window=$(probe | grep -o "$sentence.*")
     done
-    xdotool key Return
-    wait $!
+    # A box that has only just appeared may not have the focus yet.
+    while kill -0 $installer 2> /dev/null && [ $SECONDS -lt $limit ]; do
+        xdotool key Return
+        sleep 0.2
+    done
+    wait $installer
     code=$?
     check 'a 32-bit tarn.dll, with a user interface' "$window" \
         contains "$window" 'is not a 64-bit Windows library.'
