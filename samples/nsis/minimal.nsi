@@ -54,9 +54,18 @@ Section
   File "/oname=$PLUGINSDIR\minimal.nsi" "${__FILE__}"
   CreateDirectory "$INSTDIR\embedch\config"
   ${Tarn_FileCopy} $0 "$PLUGINSDIR\minimal.nsi" "$INSTDIR\"
-  ${Tarn_WriteChConfigFile} $1 "$INSTDIR"
+  ${If} $0 = 1
+    ; Where it cannot open its file, the library shows a message box, also in a silent installer.
+    ClearErrors
+    FileOpen $1 "$INSTDIR\embedch\config\chrc" a
+    ${If} ${Errors}
+      StrCpy $0 0
+    ${Else}
+      FileClose $1
+      ${Tarn_WriteChConfigFile} $0 "$INSTDIR"
+    ${EndIf}
+  ${EndIf}
   ${If} $0 != 1
-  ${OrIf} $1 != 1
     MessageBox MB_OK|MB_ICONSTOP "Files in $INSTDIR cannot be written." /SD IDOK
     SetErrorLevel 4
   ${EndIf}
@@ -77,6 +86,12 @@ Function .onGUIEnd
 FunctionEnd
 
 Function .onInstSuccess
+  ${If} ${Silent}
+    ${Tarn_Free}
+  ${EndIf}
+FunctionEnd
+
+Function .onInstFailed
   ${If} ${Silent}
     ${Tarn_Free}
   ${EndIf}

@@ -128,6 +128,9 @@ gone() {
 check 'NSIS: nothing is left of it' gone "$nsis_out"
 check 'NSIS: refuses an address' run 3 "$minimal" /S /EMAIL=joe@example '/D=C:\tarn-kit-test'
 check 'NSIS: installs nothing then' refuses test -e "$nsis_out"
+mkdir -p "$nsis_out/embedch/config/chrc"
+check 'NSIS: files that cannot be written' run 4 "$minimal" /S /EMAIL=joe@example.org '/D=C:\tarn-kit-test'
+rm -rf "$nsis_out"
 
 # ---- Hosts that the library is not for
 no_host() {
