@@ -175,12 +175,29 @@ Function CheckOptions
     Quit
   ${EndIf}
   StrCpy $Email $3
-  ${If} $Licence != ""
-  ${AndIfNot} ${FileExists} $Licence
+  Call CheckLicence
+  ${If} $0 != 1
     ${Say} "There is no licence file $Licence."
     SetErrorLevel 3
     Call CloseAll
     Quit
+  ${EndIf}
+FunctionEnd
+
+; $0 is 1 when $Licence is empty or names a file. Its path is then a full one: the section has another
+; current folder.
+Function CheckLicence
+  StrCpy $0 1
+  ${If} $Licence != ""
+    StrCpy $1 $Licence
+    System::Call 'kernel32::GetFileAttributesW(w r1) i .r0'
+    IntOp $0 $0 & 16 ; the bit of a folder; set, too, when there is nothing (-1)
+    ${If} $0 = 0
+      GetFullPathName $Licence $Licence
+      StrCpy $0 1
+    ${Else}
+      StrCpy $0 0
+    ${EndIf}
   ${EndIf}
 FunctionEnd
 
@@ -327,8 +344,8 @@ FunctionEnd
 
 Function LicencePageLeave
   ${NSD_GetText} $LicenceField $Licence
-  ${If} $Licence != ""
-  ${AndIfNot} ${FileExists} $Licence
+  Call CheckLicence
+  ${If} $0 != 1
     ${NSD_SetText} $LicenceMessage "There is no such file."
     ${NSD_SetFocus} $LicenceField
     SendMessage $LicenceField ${EM_SETSEL} 0 -1
@@ -390,6 +407,12 @@ Section
       ${Fail} "The licence file $Licence cannot be copied."
     ${EndIf}
     ${GetFileName} "$Licence" $0
+    ; Only the one that registration.ini names is known to the uninstaller.
+    ReadINIStr $1 "$INSTDIR\registration.ini" "Registration" "Licence"
+    ${If} $1 != ""
+    ${AndIf} $1 != $0
+      Delete "$INSTDIR\licence\$1"
+    ${EndIf}
     WriteINIStr "$INSTDIR\registration.ini" "Registration" "Licence" "$0"
     ${Say} "copied licence\$0"
   ${EndIf}

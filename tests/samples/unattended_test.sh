@@ -50,6 +50,11 @@ refusals() {
     ended 3 'There is no licence file C:\no such.lic.'
     nothing_left "$folder"
 
+    echo 'A folder instead of a licence file:'
+    run "$setup" /S /EMAIL=user@example.com '/LICENCE=C:\windows' "/D=$folder"
+    ended 3 'There is no licence file C:\windows.'
+    nothing_left "$folder"
+
     echo 'The log:'
     run "$setup" /PASSIVE '/EMAIL=@' '/LOG=C:\lakeside.log' "/D=$folder"
     ended 3 '@  is in invalid location in email.'
@@ -97,6 +102,21 @@ installations() {
     check '  the user'"'"'s file is all that is left' '' \
         equal "$(cd "$(unix "$folder")" && find . | paste -sd' ')" '. ./docs ./docs/mine.txt'
     rm -r "$(unix "$folder")"
+    nothing_left "$folder"
+}
+
+# A repair with another licence; its path is one of the folder that the installer is started in.
+another_licence() {
+    echo 'Installed again with another licence file, of the current folder:'
+    run "$setup" /S /EMAIL=user@example.com "/LICENCE=$(windows "$licence")" "/D=$folder"
+    check '  exit code' "$code" equal "$code" 0
+    echo 'another' > "$out/input/another.lic"
+    cd "$out/input" || die "there is no $out/input"
+    run "$setup" /S /EMAIL=user@example.com /LICENCE=another.lic "/D=$folder"
+    cd "$OLDPWD" || die "there is no $OLDPWD"
+    check '  exit code' "$code" equal "$code" 0
+    check '  the folder holds this one' '' cmp -s "$out/input/another.lic" "$(unix "$folder")/licence/another.lic"
+    uninstall "$folder"
     nothing_left "$folder"
 }
 
@@ -159,6 +179,7 @@ clean_slate "$folder"
 refusals
 obstacles
 installations
+another_licence
 foreign_letters
 japanese
 no_run_once_key
