@@ -30,7 +30,7 @@ make_installer() {
     [ -f "$build/bin/tarn.dll" ] || die "there is no $build/bin/tarn.dll"
     mkdir -p "$out/input" "$build/screenshots"
     "$samples/product/make.sh" "$out/product" || die "the sample product cannot be made"
-    makensis -V2 -DPRODUCT_DIR="$out/product" -DOUT_FILE="$setup" -DTARN_DLL="$build/bin/tarn.dll" \
+    makensis -V2 -WX -DPRODUCT_DIR="$out/product" -DOUT_FILE="$setup" -DTARN_DLL="$build/bin/tarn.dll" \
         "$samples/wizard/wizard.nsi" || die "the sample installer cannot be made"
     printf 'Lakeside Workbench licence 4711\r\n' > "$licence"
 }
