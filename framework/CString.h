@@ -12,6 +12,8 @@
 #include "NativeTypes.h"
 #endif
 
+#include "TextBytes.h"
+
 #include <atomic>
 
 // What stands in memory before a string's characters.
@@ -79,6 +81,12 @@ public:
     // number of matches.
     int Replace(char chOld, char chNew);
     int Replace(LPCSTR pszOld, LPCSTR pszNew);
+
+    // Copies nChars bytes (0 or more) to a buffer that is not this string's.
+    static void CopyChars(LPSTR pchDest, LPCSTR pchSrc, int nChars) noexcept
+    {
+        AfxMoveText(pchDest, pchSrc, static_cast<std::size_t>(nChars));
+    }
 
     // Removes white space: space, tab, line feed, vertical tab, form feed, carriage return.
     CString& TrimLeft();

@@ -125,6 +125,20 @@ TEST(CString, IsAValue)
     EXPECT_STREQ(strSecond, "first and more");
 }
 
+TEST(CString, CopiesCharactersToABufferAndNothingElse)
+{
+    for (int n = 0; n <= 70; ++n)
+    {
+        const CString strSource(std::string(static_cast<std::size_t>(n), 'x').c_str());
+        std::string buffer(100, '-');
+        CString::CopyChars(&buffer[10], strSource, n + 1);
+        EXPECT_EQ(buffer, std::string(10, '-') + strSource.GetString() + '\0' +
+                              std::string(static_cast<std::size_t>(100 - 10 - n - 1), '-'));
+        CString::CopyChars(&buffer[0], "abc", 0);
+        EXPECT_EQ(buffer[0], '-');
+    }
+}
+
 TEST(CString, HasNothingToDoInTheseCases)
 {
     CString str;

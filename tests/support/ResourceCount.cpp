@@ -14,7 +14,7 @@ DWORD CountHandles()
     DWORD nHandles = 0;
     if (::GetProcessHandleCount(::GetCurrentProcess(), &nHandles) && nHandles != 0)
         return nHandles;
-    constexpr int kLargestGap = 1000;
+    constexpr int kLargestGap = 250;
     int nGap = 0;
     for (ULONG_PTR nHandle = 4; nGap < kLargestGap; nHandle += 4, ++nGap)
     {
