@@ -39,8 +39,7 @@ formatting() { sources '*.c' '*.cpp' '*.h' | xargs -0 -r clang-format --dry-run 
 
 # Clang in the cross compiler's place: its target, its C++ library, its Windows headers.
 tidy() {
-    local compiler dir args=(--target=x86_64-w64-mingw32 -nostdinc -Wno-unknown-warning-option
-        -Wno-ignored-optimization-argument)
+    local compiler dir args=(--target=x86_64-w64-mingw32 -nostdinc -Wno-unknown-warning-option)
     compiler=$(sed -n 's/^CMAKE_CXX_COMPILER:[^=]*=//p' $build/CMakeCache.txt)
     while read -r dir; do
         args+=("-isystem$dir")

@@ -8,7 +8,7 @@ set(sources
 # docs/performance.md.
 set_source_files_properties(
   validate/EmailSyntax.cpp validate/VerifyEmail.cpp
-  PROPERTIES COMPILE_OPTIONS "-O2;-funroll-all-loops")
+  PROPERTIES COMPILE_OPTIONS "-O2")
 
 # For programs that link statically. tarn.dll compiles the same sources in its own way.
 add_library(tarn_objects OBJECT ${sources})
