@@ -129,7 +129,9 @@ Function .onInit
   ${Tarn_TryInit} $0
   ${If} $0 != ""
     ${Say} "$0"
-    MessageBox MB_OK|MB_ICONSTOP "$0" /SD IDOK
+    ${If} $Unattended = 0
+      MessageBox MB_OK|MB_ICONSTOP "$0"
+    ${EndIf}
     SetErrorLevel 2
     Call CloseAll
     Quit

@@ -67,14 +67,14 @@ calls() {
 }
 
 # A library that the installer cannot load: a sentence, no crash.
-unusable() {
-    local code installer limit window='' sentence='The setup library cannot be used'
-    compile "$macros" -DINIT_ONLY -DTARN_DLL=$x86_dll || die "macros.nsi cannot be compiled"
-    timeout 60 wine "$macros" /S &> "$out/macros.log"
+unusable() { # NAME INSTALLER
+    local name="$1 with a 32-bit tarn.dll" code installer limit window=''
+    local sentence='The setup library cannot be used'
+    timeout 60 wine "$2" /S &> "$out/macros.log"
     code=$?
-    check 'a 32-bit tarn.dll, silent' "exit code $code" equal $code 2
+    check "$name, silent" "exit code $code" equal $code 2
 
-    timeout 60 wine "$macros" &> "$out/macros.log" &
+    timeout 60 wine "$2" &> "$out/macros.log" &
     installer=$!
     limit=$((SECONDS + 60))
     until [ -n "$window" ] || [ $SECONDS -ge $limit ]; do
@@ -87,9 +87,21 @@ unusable() {
     done
     wait $installer
     code=$?
-    check 'a 32-bit tarn.dll, with a user interface' "$window" \
+    check "$name, with a user interface" "$window" \
         contains "$window" 'is not a 64-bit Windows library.'
-    check 'a 32-bit tarn.dll, with a user interface' "exit code $code" equal $code 2
+    check "$name, with a user interface" "exit code $code" equal $code 2
+}
+
+# The sample as it lies in the kit; what it makes goes into its own folder.
+minimal() {
+    local tree=$out/minimal
+    rm -rf "$tree"
+    mkdir -p "$tree/samples/nsis"
+    ln -s "$samples/../nsis" "$tree/nsis"
+    cp "$samples/nsis/minimal.nsi" "$tree/samples/nsis"
+    makensis -V2 -WX -DTARN_DLL=$x86_dll "$tree/samples/nsis/minimal.nsi" ||
+        die "minimal.nsi cannot be compiled"
+    unusable minimal.nsi "$tree/samples/nsis/minimal-setup.exe"
 }
 
 wrong_target() {
@@ -107,7 +119,9 @@ start_wine
 clean_slate 'C:\Macros'
 wrong_target
 calls
-unusable
+compile "$macros" -DINIT_ONLY -DTARN_DLL=$x86_dll || die "macros.nsi cannot be compiled"
+unusable macros.nsi "$macros"
+minimal
 left=$(temporary_files)
 check 'no temporary files are left' "$left" empty "$left"
 rm -rf "$(unix 'C:\Macros')"

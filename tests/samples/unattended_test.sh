@@ -7,6 +7,7 @@ build=$(cd "$1" && pwd) || exit 2
 . "$(dirname "$0")/../../samples/lib.sh"
 
 folder='C:\Lakeside unattended'
+x86_dll=/usr/share/nsis/Plugins/x86-unicode/System.dll
 said=
 code=
 
@@ -203,10 +204,25 @@ no_run_once_key() {
     nothing_left "$folder"
 }
 
+# A library that cannot be loaded: nobody is asked, and /PASSIVE shows no message box that waits for ever.
+unusable_library() {
+    local unusable=$out/unusable-setup.exe option sentence='The setup library cannot be used'
+    makensis -V2 -WX -DPRODUCT_DIR="$out/product" -DOUT_FILE="$unusable" -DTARN_DLL="$x86_dll" \
+        "$samples/wizard/wizard.nsi" || die "the installer without a usable library cannot be made"
+    for option in /S /PASSIVE; do
+        echo "A 32-bit tarn.dll ($option):"
+        run "$unusable" $option /EMAIL=user@example.com "/D=$folder"
+        ended 2 "$sentence"
+        nothing_left "$folder"
+    done
+    rm -f "$unusable"
+}
+
 need_tools
 make_installer
 start_wine
 clean_slate "$folder"
+unusable_library
 refusals
 obstacles
 failed_repair /S
