@@ -16,6 +16,8 @@
 ;   /PAUSE=ms       keeps the wait window that long after the last file (for looking at it)
 ;   /D=             the folder to install into
 ;
+;   uninstall.exe [/S]  [/PAUSE=ms]
+;
 ; Exit codes: 0 installed; 1 cancelled by the user; 2 the setup library cannot be used; 3 the e-mail
 ; address or the licence file was refused, nothing was installed; 4 installing failed, what had been
 ; installed was removed again (but nothing where the product had been installed before).
@@ -529,8 +531,11 @@ FunctionEnd
 !insertmacro RemoveProduct ""
 !insertmacro RemoveProduct "un."
 
+; Without the library there is no wait window; the product can be removed all the same.
 Function un.onInit
-  ${Tarn_Init}
+  ${Tarn_TryInit} $0
+  ${GetParameters} $0
+  ${GetOptions} $0 "/PAUSE=" $Pause
 FunctionEnd
 
 Function un.onGUIEnd
@@ -559,4 +564,7 @@ FunctionEnd
 
 Section "Uninstall"
   Call un.RemoveProduct
+  ${If} $Pause > 0
+    Sleep $Pause
+  ${EndIf}
 SectionEnd

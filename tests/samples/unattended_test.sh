@@ -218,6 +218,17 @@ unusable_library() {
     rm -f "$unusable"
 }
 
+# Wine loads no tarn.dll from anywhere, as with a damaged one: the product can still be removed.
+uninstaller_without_library() {
+    echo 'Uninstalled without a library that can be loaded:'
+    run "$setup" /S /EMAIL=user@example.com "/D=$folder"
+    check '  exit code' "$code" equal "$code" 0
+    WINEDLLOVERRIDES="$WINEDLLOVERRIDES;*tarn=d" run "$setup" /S /EMAIL=user@example.com "/D=$folder"
+    ended 2 'The setup library cannot be loaded'
+    WINEDLLOVERRIDES="$WINEDLLOVERRIDES;*tarn=d" uninstall "$folder"
+    nothing_left "$folder"
+}
+
 need_tools
 make_installer
 start_wine
@@ -232,6 +243,7 @@ another_licence
 foreign_letters
 japanese
 no_run_once_key
+uninstaller_without_library
 echo
 [ $wrong = 0 ] || { echo "$wrong WRONG"; exit 1; }
 echo 'Everything is right.'

@@ -120,8 +120,20 @@ start_wizard() {
     page 'Welcome to Lakeside Workbench Setup'
 }
 
-install() {
+# wait_window TEXT WINDOW: the wait window is there, over the middle of that window, and says the text.
+wait_window() {
     local outer wait_rectangle
+    check 'the wait window appears' '' until_shown 'Please wait'
+    check 'the wait window says what is being done' '' shows "$1"
+    # Centred: the same middle as the wizard, with the halves cut off toward zero.
+    outer=$(rectangle "$2")
+    wait_rectangle=$(rectangle 'Please wait')
+    # shellcheck disable=SC2086
+    check 'the wait window is over the middle of the wizard' "$wait_rectangle in $outer" \
+        centred $outer $wait_rectangle
+}
+
+install() {
     start_wizard /PAUSE=1500
     picture 1-welcome
     keys Return
@@ -177,14 +189,7 @@ install() {
     picture 8-folder
     keys Return
 
-    check 'the wait window appears' '' until_shown 'Please wait'
-    check 'the wait window says what is being done' '' shows 'Lakeside Workbench is being installed.'
-    # Centred: the same middle as the wizard, with the halves cut off toward zero.
-    outer=$(rectangle 'Lakeside Workbench Setup')
-    wait_rectangle=$(rectangle 'Please wait')
-    # shellcheck disable=SC2086
-    check 'the wait window is over the middle of the wizard' "$wait_rectangle in $outer" \
-        centred $outer $wait_rectangle
+    wait_window 'Lakeside Workbench is being installed.' 'Lakeside Workbench Setup'
     until_written
     picture 9-wait
 
@@ -201,13 +206,15 @@ centred() { # left top right bottom of the outer, then of the inner
 }
 
 uninstall() {
-    wine "$folder\\uninstall.exe" &> "$out/uninstall.log"
+    wine "$folder\\uninstall.exe" /PAUSE=1500 &> "$out/uninstall.log"
     until_shown 'Uninstall Lakeside Workbench'
     activate 'Lakeside Workbench Uninstall'
     page 'Uninstall Lakeside Workbench'
     picture 11-uninstall
     keys Return
+    wait_window 'Lakeside Workbench is being removed.' 'Lakeside Workbench Uninstall'
     page 'Completing Lakeside Workbench Uninstall'
+    check 'the wait window is closed' '' fails shows 'Please wait'
     picture 12-uninstalled
     keys Return
     check 'the uninstaller is gone' '' until_gone 'Completing Lakeside Workbench Uninstall'
