@@ -66,6 +66,17 @@ calls() {
     compared uninstaller "$said"
 }
 
+double_byte() {
+    local said
+    if ! locale -a | grep -qix ja_JP.utf8; then
+        echo '  skipped: there is no locale ja_JP.UTF-8'
+        return
+    fi
+    said=$(LC_ALL=ja_JP.UTF-8 timeout 120 wine "$macros" /S /DOUBLE_BYTE 2> /dev/null | tr -d '\r' | paste -sd'|')
+    check 'code page 932' "$said" equal "$said" \
+        'copied: 1|under its own name|0 -1 [Missing  @  ]|the same 1000 letters'
+}
+
 # A library that the installer cannot load: a sentence, no crash.
 unusable() { # NAME INSTALLER
     local name="$1 with a 32-bit tarn.dll" code installer limit window=''
@@ -112,13 +123,14 @@ wrong_target() {
         contains "$said" "put 'Target amd64-unicode' at the top of the script"
 }
 
-need_tools
+need_tools makensis wine Xvfb xdotool
 mkdir -p "$out"
 make_probe
 start_wine
 clean_slate 'C:\Macros'
 wrong_target
 calls
+double_byte
 compile "$macros" -DINIT_ONLY -DTARN_DLL=$x86_dll || die "macros.nsi cannot be compiled"
 unusable macros.nsi "$macros"
 minimal
