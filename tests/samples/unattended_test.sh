@@ -229,7 +229,7 @@ uninstaller_without_library() {
     nothing_left "$folder"
 }
 
-need_tools
+need_tools makensis perl wine Xvfb xdotool
 make_installer
 start_wine
 clean_slate "$folder"

@@ -255,7 +255,7 @@ cancel() {
     check 'no temporary files are left' "$left" empty "$left"
 }
 
-need_tools
+need_tools makensis perl wine Xvfb import xdotool
 make_installer
 make_probe
 start_wine
