@@ -89,14 +89,19 @@ REGEDIT4
 EOF
 }
 
+# The buttons in a caption are letters of Marlett. Debian's Wine does not look where the package
+# fonts-wine puts its fonts; without the file they are drawn as "0", "1" and "r", and all else works.
+_wine_buttons_font=/usr/share/wine/fonts/marlett.ttf
+
 # The stamp is written last: a prefix without it is half made, one with another was made otherwise.
 _wine_prefix() {
-    local stamp
-    stamp=$(wine --version; id -u; _wine_settings)
+    local stamp fonts=$WINEPREFIX/drive_c/windows/Fonts
+    stamp=$(wine --version; id -u; _wine_settings; cksum $_wine_buttons_font 2> /dev/null || true)
     if [ "$(cat "$TARN_WINE_DIR/stamp" 2> /dev/null)" != "$stamp" ]; then
         [ ! -d "$WINEPREFIX" ] || wineserver -k 2> /dev/null || true
         rm -rf "$WINEPREFIX" "$TARN_WINE_DIR/stamp"
-        mkdir -p "$WINEPREFIX"
+        mkdir -p "$fonts"
+        [ ! -f $_wine_buttons_font ] || cp $_wine_buttons_font "$fonts/" || return
         _wine_settings > "$TARN_WINE_DIR/settings.reg"
         if ! { wine wineboot --init && wine regedit /S "$TARN_WINE_DIR/settings.reg" &&
             wineserver -w; } < /dev/null &> "$TARN_WINE_DIR/prefix.log"; then

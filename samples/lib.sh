@@ -21,8 +21,8 @@ die() {
 
 need_tools() {
     local tool
-    for tool in makensis perl wine import convert xdotool xwininfo; do
-        command -v $tool > /dev/null || die "$tool is missing"
+    for tool; do
+        command -v "$tool" > /dev/null || die "$tool is missing"
     done
 }
 

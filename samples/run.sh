@@ -59,9 +59,13 @@ install() {
     check 'the installer ended well' "exit code $rc" equal $rc 0
 }
 
-need_tools
+if [ "${2:-}" = --show ]; then
+    need_tools makensis perl wine
+    make_installer
+    show
+fi
+need_tools makensis perl wine Xvfb import convert xdotool xwininfo
 make_installer
-[ "${2:-}" != --show ] || show
 start_wine
 clean_slate "$folder"
 

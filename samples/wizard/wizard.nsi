@@ -16,9 +16,11 @@
 ;   /PAUSE=ms       keeps the wait window that long after the last file (for looking at it)
 ;   /D=             the folder to install into
 ;
+;   uninstall.exe [/S]  [/PAUSE=ms]
+;
 ; Exit codes: 0 installed; 1 cancelled by the user; 2 the setup library cannot be used; 3 the e-mail
 ; address or the licence file was refused, nothing was installed; 4 installing failed, what had been
-; installed was removed again.
+; installed was removed again (but nothing where the product had been installed before).
 
 Target amd64-unicode
 Unicode true
@@ -28,6 +30,7 @@ Unicode true
 !define RUN_ONCE_KEY "Software\Microsoft\Windows\CurrentVersion\RunOnce"
 !define RUN_ONCE_VALUE "LakesideWelcome"
 !define UNINSTALL_KEY "Software\Microsoft\Windows\CurrentVersion\Uninstall\Lakeside"
+!define EARLIER_MAY_BE_INCOMPLETE "The earlier installation may be incomplete; run Setup again."
 
 Name "${NAME}"
 OutFile "${OUT_FILE}"
@@ -50,6 +53,7 @@ Var Pause          ; milliseconds
 Var StandardOutput ; file handles; empty for none
 Var Log
 Var Failure        ; why installing failed, for the user; empty while all is well
+Var Earlier        ; 1 when the product was in $INSTDIR before
 
 Var EmailField
 Var EmailMessage
@@ -127,7 +131,9 @@ Function .onInit
   ${Tarn_TryInit} $0
   ${If} $0 != ""
     ${Say} "$0"
-    MessageBox MB_OK|MB_ICONSTOP "$0" /SD IDOK
+    ${If} $Unattended = 0
+      MessageBox MB_OK|MB_ICONSTOP "$0"
+    ${EndIf}
     SetErrorLevel 2
     Call CloseAll
     Quit
@@ -365,7 +371,11 @@ Function CloseWaitWindow
   ${Tarn_CloseWaitDlg}
   ${If} $Failure != ""
     ${If} $Unattended = 0
-      MessageBox MB_OK|MB_ICONSTOP "$Failure$\r$\n$\r$\nWhat had been installed has been removed again."
+      StrCpy $0 "What had been installed has been removed again."
+      ${If} $Earlier = 1
+        StrCpy $0 "${EARLIER_MAY_BE_INCOMPLETE}"
+      ${EndIf}
+      MessageBox MB_OK|MB_ICONSTOP "$Failure$\r$\n$\r$\n$0"
     ${EndIf}
     Quit
   ${EndIf}
@@ -392,6 +402,12 @@ FunctionEnd
 
 ; Not in a function: only the steps of a section move the progress bar.
 Section
+  StrCpy $Earlier 0
+  ${If} ${FileExists} "$INSTDIR\uninstall.exe"
+  ${OrIf} ${FileExists} "$INSTDIR\registration.ini"
+    StrCpy $Earlier 1
+  ${EndIf}
+
   SetOutPath "$PLUGINSDIR\product"
   File /r "${PRODUCT_DIR}/tree/*"
   SetOutPath "$INSTDIR"
@@ -402,19 +418,26 @@ Section
   WriteINIStr "$INSTDIR\registration.ini" "Registration" "Email" "$Email"
   ${If} $Licence != ""
     CreateDirectory "$INSTDIR\licence"
-    ${Tarn_FileCopy} $0 "$Licence" "$INSTDIR\licence\"
+    ${GetFileName} "$Licence" $1
+    ; The one that is already installed may have been chosen. A path is empty when the file is not there.
+    GetFullPathName /SHORT $2 "$Licence"
+    GetFullPathName /SHORT $3 "$INSTDIR\licence\$1"
+    StrCpy $0 1
+    ${If} $2 != $3
+    ${OrIf} $2 == ""
+      ${Tarn_FileCopy} $0 "$Licence" "$INSTDIR\licence\"
+    ${EndIf}
     ${If} $0 != 1
       ${Fail} "The licence file $Licence cannot be copied."
     ${EndIf}
-    ${GetFileName} "$Licence" $0
     ; Only the one that registration.ini names is known to the uninstaller.
-    ReadINIStr $1 "$INSTDIR\registration.ini" "Registration" "Licence"
-    ${If} $1 != ""
-    ${AndIf} $1 != $0
-      Delete "$INSTDIR\licence\$1"
+    ReadINIStr $2 "$INSTDIR\registration.ini" "Registration" "Licence"
+    ${If} $2 != ""
+    ${AndIf} $2 != $1
+      Delete "$INSTDIR\licence\$2"
     ${EndIf}
-    WriteINIStr "$INSTDIR\registration.ini" "Registration" "Licence" "$0"
-    ${Say} "copied licence\$0"
+    WriteINIStr "$INSTDIR\registration.ini" "Registration" "Licence" "$1"
+    ${Say} "copied licence\$1"
   ${EndIf}
 
   ; Where it cannot open its file, the library shows a message box: with nobody there to close it, an
@@ -465,8 +488,13 @@ Section
   ${If} $Failure == ""
     ${Say} "Installed in $INSTDIR."
   ${Else}
-    Call RemoveProduct
+    ${If} $Earlier = 0
+      Call RemoveProduct
+    ${EndIf}
     ${Say} "$Failure"
+    ${If} $Earlier = 1
+      ${Say} "${EARLIER_MAY_BE_INCOMPLETE}"
+    ${EndIf}
     SetErrorLevel 4
   ${EndIf}
 SectionEnd
@@ -503,8 +531,11 @@ FunctionEnd
 !insertmacro RemoveProduct ""
 !insertmacro RemoveProduct "un."
 
+; Without the library there is no wait window; the product can be removed all the same.
 Function un.onInit
-  ${Tarn_Init}
+  ${Tarn_TryInit} $0
+  ${GetParameters} $0
+  ${GetOptions} $0 "/PAUSE=" $Pause
 FunctionEnd
 
 Function un.onGUIEnd
@@ -533,4 +564,7 @@ FunctionEnd
 
 Section "Uninstall"
   Call un.RemoveProduct
+  ${If} $Pause > 0
+    Sleep $Pause
+  ${EndIf}
 SectionEnd

@@ -2,7 +2,7 @@
 # agreement.sh SOURCE_DIR - README and docs say what the sources say:
 #
 #   - a page for each export, with the same sections, the declaration of tarn.h to the letter, its first
-#     sentence, every parameter, and examples in C and NSIS;
+#     sentence, every parameter, and examples that call it, in C and by its macro of tarn.nsh;
 #   - sizes: every "TARN_X (n)" has the value of tarn.h, and a page that has a buffer names its constant;
 #   - the messages of the address check stand on its page as they stand in the source;
 #   - the version is that of CMakeLists.txt wherever the kit is named, and CHANGELOG has it;
@@ -34,6 +34,22 @@ comment() {
         /^\/\*/ { text = "" }
         { line = $0; sub(/^ ?\/?\*+\/? ?/, "", line); if (line ~ /^[^#]/ || line == "") text = text line "\n" }
         $0 ~ "^int " name "\\(" { printf "%s", text; exit }' include/tarn.h
+}
+
+# macro_of NAME - the macro of tarn.nsh that calls the export.
+macro_of() {
+    local body
+    body=$(awk -v name="$1" '
+        /^!macro / { macro = $2 } /^!macroend/ { macro = "" }
+        $1 == "!insertmacro" && $2 == "_Tarn_Call" && $3 == name { print macro }' nsis/tarn.nsh)
+    awk -v body="$body" '
+        /^!macro / { macro = $2 } /^!macroend/ { macro = "" }
+        body != "" && $1 == "${CallArtificialFunction}" && $2 == body { print macro }' nsis/tarn.nsh
+}
+
+# example PAGE KIND - the code block of that kind in the page's examples.
+example() {
+    sed -n '/^## Example/,$p' "$1" | sed -n "/^\`\`\`$2\$/,/^\`\`\`\$/p"
 }
 
 sections='Declaration
@@ -73,9 +89,13 @@ for name in $exports; do
     documented=$(sed -n '/^## Parameters/,/^## Result/s/^| `\([A-Za-z]*\)` .*/\1/p' "$page")
     [ "$parameters" = "$documented" ] || fail "$page: the parameters are not those of include/tarn.h"
 
-    for kind in c nsis; do
-        sed -n "/^## Example/,\$p" "$page" | grep -qx "\`\`\`$kind" || fail "$page has no example in $kind"
-    done
+    example "$page" c | grep -qE "\b$name\(" || fail "$page: no example in C calls $name"
+    macro=$(macro_of "$name")
+    if [ -z "$macro" ]; then
+        fail "nsis/tarn.nsh has no macro that calls $name"
+    else
+        example "$page" nsis | grep -qF "\${$macro}" || fail "$page: no example in NSIS calls \${$macro}"
+    fi
 done
 
 # Sizes

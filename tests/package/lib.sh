@@ -5,7 +5,7 @@ set -u -o pipefail
 source_dir=$1
 build=$2
 zips=$build/package-test                        # where the test "package.zip" leaves the zip
-kit_name=tarn-1.0.0-win64
+kit_name=tarn-$(sed -n 's/^project(tarn VERSION \([0-9.]*\).*/\1/p' "$source_dir/CMakeLists.txt")-win64
 export SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-} # cpack takes an empty one as none
 failures=0
 

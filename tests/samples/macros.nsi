@@ -11,6 +11,7 @@ InstallDir "C:\Macros"
 RequestExecutionLevel user
 AutoCloseWindow true
 
+!include FileFunc.nsh
 !include LogicLib.nsh
 !include "../../nsis/tarn.nsh"
 
@@ -143,6 +144,34 @@ Var Output
   !insertmacro PrintRegisters
 !macroend
 
+; With two bytes for each letter, the second of which looks like a backslash: buffers counted in
+; letters would be too small.
+!macro DoubleByteCalls
+  StrCpy $Line ""
+  ${Do}
+    StrCpy $Line "${U+8868}$Line"
+    StrLen $R0 $Line
+  ${LoopUntil} $R0 = 80
+  ${Tarn_Init}
+  File "/oname=$PLUGINSDIR\$Line.txt" "${__FILE__}"
+  ${Tarn_FileCopy} $R0 "$PLUGINSDIR\$Line.txt" "$INSTDIR\"
+  ${Print} "copied: $R0"
+  ${If} ${FileExists} "$INSTDIR\$Line.txt"
+    ${Print} "under its own name"
+  ${EndIf}
+  Delete "$INSTDIR\$Line.txt"
+  ${Do}
+    StrCpy $Line "a$Line${U+8868}"
+    StrLen $R0 $Line
+  ${LoopUntil} $R0 = 1000
+  ${Tarn_VerifyEmail} $R0 $R1 $R2 $R3 "  $Line  "
+  ${Print} "$R0 $R1 [$R2]"
+  ${If} $R3 == $Line
+    ${Print} "the same 1000 letters"
+  ${EndIf}
+  ${Tarn_Free}
+!macroend
+
 Section
   System::Call 'kernel32::GetStdHandle(i -11) p .s'
   Pop $Output
@@ -152,6 +181,13 @@ Section
     ${Tarn_Free}
   !else
     SetOutPath "$INSTDIR"
+    ${GetParameters} $R0
+    ClearErrors
+    ${GetOptions} $R0 "/DOUBLE_BYTE" $R1
+    ${IfNot} ${Errors}
+      !insertmacro DoubleByteCalls
+      Return
+    ${EndIf}
     !insertmacro Calls
     SetOutPath "$TEMP"
     WriteUninstaller "$INSTDIR\uninstall.exe"

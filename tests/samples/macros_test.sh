@@ -66,30 +66,62 @@ calls() {
     compared uninstaller "$said"
 }
 
-# A library that the installer cannot load: a sentence, no crash.
-unusable() {
-    local code installer limit window='' sentence='The setup library cannot be used'
-    compile "$macros" -DINIT_ONLY -DTARN_DLL=$x86_dll || die "macros.nsi cannot be compiled"
-    timeout 60 wine "$macros" /S &> "$out/macros.log"
-    code=$?
-    check 'a 32-bit tarn.dll, silent' "exit code $code" equal $code 2
+double_byte() {
+    local said
+    if ! locale -a | grep -qix ja_JP.utf8; then
+        echo '  skipped: there is no locale ja_JP.UTF-8'
+        return
+    fi
+    said=$(LC_ALL=ja_JP.UTF-8 timeout 120 wine "$macros" /S /DOUBLE_BYTE 2> /dev/null | tr -d '\r' | paste -sd'|')
+    check 'code page 932' "$said" equal "$said" \
+        'copied: 1|under its own name|0 -1 [Missing  @  ]|the same 1000 letters'
+}
 
-    timeout 60 wine "$macros" &> "$out/macros.log" &
+# box_with TEXT: left, top, right and bottom of the window that holds it.
+box_with() {
+    probe | awk -F'\t' -v text="$1" '
+        $1 == "window" { rectangle = $3 } index($0, text) { print rectangle; exit }'
+}
+
+# A library that the installer cannot load: a sentence, no crash.
+unusable() { # NAME INSTALLER
+    local name="$1 with a 32-bit tarn.dll" code installer limit window='' left top
+    local sentence='The setup library cannot be used'
+    timeout 60 wine "$2" /S &> "$out/macros.log"
+    code=$?
+    check "$name, silent" "exit code $code" equal $code 2
+
+    timeout 60 wine "$2" &> "$out/macros.log" &
     installer=$!
     limit=$((SECONDS + 60))
     until [ -n "$window" ] || [ $SECONDS -ge $limit ]; do
         window=$(probe | grep -o "$sentence.*")
     done
-    # A box that has only just appeared may not have the focus yet.
+    # The page behind the box may have been activated after it: a click on the caption of the box
+    # gives it the keys.
     while kill -0 $installer 2> /dev/null && [ $SECONDS -lt $limit ]; do
-        xdotool key Return
+        if read -r left top _ < <(box_with "$sentence"); then
+            xdotool mousemove $((left + 60)) $((top + 10)) click 1 key Return
+        fi
         sleep 0.2
     done
     wait $installer
     code=$?
-    check 'a 32-bit tarn.dll, with a user interface' "$window" \
+    check "$name, with a user interface" "$window" \
         contains "$window" 'is not a 64-bit Windows library.'
-    check 'a 32-bit tarn.dll, with a user interface' "exit code $code" equal $code 2
+    check "$name, with a user interface" "exit code $code" equal $code 2
+}
+
+# The sample as it lies in the kit; what it makes goes into its own folder.
+minimal() {
+    local tree=$out/minimal
+    rm -rf "$tree"
+    mkdir -p "$tree/samples/nsis"
+    ln -s "$samples/../nsis" "$tree/nsis"
+    cp "$samples/nsis/minimal.nsi" "$tree/samples/nsis"
+    makensis -V2 -WX -DTARN_DLL=$x86_dll "$tree/samples/nsis/minimal.nsi" ||
+        die "minimal.nsi cannot be compiled"
+    unusable minimal.nsi "$tree/samples/nsis/minimal-setup.exe"
 }
 
 wrong_target() {
@@ -100,14 +132,17 @@ wrong_target() {
         contains "$said" "put 'Target amd64-unicode' at the top of the script"
 }
 
-need_tools
+need_tools makensis wine Xvfb xdotool
 mkdir -p "$out"
 make_probe
 start_wine
 clean_slate 'C:\Macros'
 wrong_target
 calls
-unusable
+double_byte
+compile "$macros" -DINIT_ONLY -DTARN_DLL=$x86_dll || die "macros.nsi cannot be compiled"
+unusable macros.nsi "$macros"
+minimal
 left=$(temporary_files)
 check 'no temporary files are left' "$left" empty "$left"
 rm -rf "$(unix 'C:\Macros')"

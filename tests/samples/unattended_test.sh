@@ -7,6 +7,7 @@ build=$(cd "$1" && pwd) || exit 2
 . "$(dirname "$0")/../../samples/lib.sh"
 
 folder='C:\Lakeside unattended'
+x86_dll=/usr/share/nsis/Plugins/x86-unicode/System.dll
 said=
 code=
 
@@ -84,6 +85,31 @@ obstacles() {
     check 'no window is left' '' fails on_screen '^(Please wait|Lakeside)'
 }
 
+# A repair that cannot be finished: what the user has stays, and is in order after another one.
+failed_repair() { # OPTION
+    echo "A repair in which a file cannot be written ($1):"
+    run "$setup" /S /EMAIL=user@example.com "/LICENCE=$(windows "$licence")" "/D=$folder"
+    check '  exit code' "$code" equal "$code" 0
+    rm "$(unix "$folder\\bin\\survey.dat")"
+    mkdir "$(unix "$folder\\bin\\survey.dat")"
+    (cd "$(unix "$folder")" && find . -type f | sort) > "$out/before.lst"
+    run "$setup" "$1" /EMAIL=user@example.com "/D=$folder"
+    ended 4 "The file $folder\\bin\\survey.dat cannot be written."
+    check '  and what to do' '' contains "$said" \
+        'The earlier installation may be incomplete; run Setup again.'
+    check '  no file is removed' '' \
+        equal "$(cd "$(unix "$folder")" && find . -type f | sort)" "$(cat "$out/before.lst")"
+    check '  the welcome is still queued' '' \
+        equal "$(registry_value "$run_once" $run_once_value)" "\"$folder\\bin\\lakeside.exe\" --first-run"
+    check '  the entry in the list of programs' '' registry_key "$uninstall_key"
+    rmdir "$(unix "$folder\\bin\\survey.dat")"
+    run "$setup" /S /EMAIL=user@example.com "/D=$folder"
+    check '  the next one ends well' "$code" equal "$code" 0
+    check '  and brings the file back' '' cmp -s "$tree/bin/survey.dat" "$(unix "$folder")/bin/survey.dat"
+    uninstall "$folder"
+    nothing_left "$folder"
+}
+
 installations() {
     echo 'Installed silently, twice, with a file of the user'"'"'s:'
     run "$setup" /S /EMAIL=" user.name@example.com " "/LICENCE=$(windows "$licence")" "/D=$folder\\"
@@ -116,6 +142,12 @@ another_licence() {
     cd "$OLDPWD" || die "there is no $OLDPWD"
     check '  exit code' "$code" equal "$code" 0
     check '  the folder holds this one' '' cmp -s "$out/input/another.lic" "$(unix "$folder")/licence/another.lic"
+    check '  and no other' '' equal "$(ls "$(unix "$folder")/licence")" another.lic
+
+    echo 'And with the one that is installed:'
+    run "$setup" /S /EMAIL=user@example.com "/LICENCE=${folder,,}\\bin/..\\licence\\ANOTHER.lic" "/D=$folder"
+    check '  exit code' "$code" equal "$code" 0
+    check '  it is still there' '' cmp -s "$out/input/another.lic" "$(unix "$folder")/licence/another.lic"
     uninstall "$folder"
     nothing_left "$folder"
 }
@@ -172,17 +204,46 @@ no_run_once_key() {
     nothing_left "$folder"
 }
 
-need_tools
+# A library that cannot be loaded: nobody is asked, and /PASSIVE shows no message box that waits for ever.
+unusable_library() {
+    local unusable=$out/unusable-setup.exe option sentence='The setup library cannot be used'
+    makensis -V2 -WX -DPRODUCT_DIR="$out/product" -DOUT_FILE="$unusable" -DTARN_DLL="$x86_dll" \
+        "$samples/wizard/wizard.nsi" || die "the installer without a usable library cannot be made"
+    for option in /S /PASSIVE; do
+        echo "A 32-bit tarn.dll ($option):"
+        run "$unusable" $option /EMAIL=user@example.com "/D=$folder"
+        ended 2 "$sentence"
+        nothing_left "$folder"
+    done
+    rm -f "$unusable"
+}
+
+# Wine loads no tarn.dll from anywhere, as with a damaged one: the product can still be removed.
+uninstaller_without_library() {
+    echo 'Uninstalled without a library that can be loaded:'
+    run "$setup" /S /EMAIL=user@example.com "/D=$folder"
+    check '  exit code' "$code" equal "$code" 0
+    WINEDLLOVERRIDES="$WINEDLLOVERRIDES;*tarn=d" run "$setup" /S /EMAIL=user@example.com "/D=$folder"
+    ended 2 'The setup library cannot be loaded'
+    WINEDLLOVERRIDES="$WINEDLLOVERRIDES;*tarn=d" uninstall "$folder"
+    nothing_left "$folder"
+}
+
+need_tools makensis perl wine Xvfb xdotool
 make_installer
 start_wine
 clean_slate "$folder"
+unusable_library
 refusals
 obstacles
+failed_repair /S
+failed_repair /PASSIVE
 installations
 another_licence
 foreign_letters
 japanese
 no_run_once_key
+uninstaller_without_library
 echo
 [ $wrong = 0 ] || { echo "$wrong WRONG"; exit 1; }
 echo 'Everything is right.'

@@ -11,6 +11,7 @@ build=$(cd "$1" && pwd) || exit 2
 
 folder='C:\Lakeside (test)'
 screen=
+offered= # the licence file that the Open dialog shows
 
 look() { screen=$(probe); }
 
@@ -120,8 +121,30 @@ start_wizard() {
     page 'Welcome to Lakeside Workbench Setup'
 }
 
-install() {
+# Puts the licence file where the Open dialog begins. Wine has linked that folder to the caller's own
+# home, which is none of the test's.
+offer_licence() {
+    local documents
+    documents=$(find "$WINEPREFIX/drive_c/users" -maxdepth 2 -name Documents ! -path '*/Public/*')
+    [ ! -L "$documents" ] || rm "$documents"
+    mkdir -p "$documents" && cp "$licence" "$documents/" || die "there is no folder for documents"
+    offered=$(windows "$documents/${licence##*/}")
+}
+
+# wait_window TEXT WINDOW: the wait window is there, over the middle of that window, and says the text.
+wait_window() {
     local outer wait_rectangle
+    check 'the wait window appears' '' until_shown 'Please wait'
+    check 'the wait window says what is being done' '' shows "$1"
+    # Centred: the same middle as the wizard, with the halves cut off toward zero.
+    outer=$(rectangle "$2")
+    wait_rectangle=$(rectangle 'Please wait')
+    # shellcheck disable=SC2086
+    check 'the wait window is over the middle of the wizard' "$wait_rectangle in $outer" \
+        centred $outer $wait_rectangle
+}
+
+install() {
     start_wizard /PAUSE=1500
     picture 1-welcome
     keys Return
@@ -164,9 +187,9 @@ install() {
     check '  the field is empty' "$(focus_text)" empty "$(focus_text)"
     keys alt+r
     page 'Choose the licence file'
-    xdotool type --delay 20 "$(windows "$licence")"
+    xdotool type --delay 20 "${licence##*/}"
     keys Return
-    check 'the chosen file is in the field' "$(windows "$licence")" until_shown "$(windows "$licence")"
+    check 'the chosen file is in the field' "$offered" until_shown "$offered"
     until_gone 'Choose the licence file'
     picture 7-licence-chosen
     keys alt+n
@@ -177,14 +200,7 @@ install() {
     picture 8-folder
     keys Return
 
-    check 'the wait window appears' '' until_shown 'Please wait'
-    check 'the wait window says what is being done' '' shows 'Lakeside Workbench is being installed.'
-    # Centred: the same middle as the wizard, with the halves cut off toward zero.
-    outer=$(rectangle 'Lakeside Workbench Setup')
-    wait_rectangle=$(rectangle 'Please wait')
-    # shellcheck disable=SC2086
-    check 'the wait window is over the middle of the wizard' "$wait_rectangle in $outer" \
-        centred $outer $wait_rectangle
+    wait_window 'Lakeside Workbench is being installed.' 'Lakeside Workbench Setup'
     until_written
     picture 9-wait
 
@@ -197,17 +213,20 @@ install() {
 }
 
 centred() { # left top right bottom of the outer, then of the inner
-    [ $((($1 + $3) / 2 - ($7 - $5) / 2)) = "$5" ] && [ $((($2 + $4) / 2 - ($8 - $6) / 2)) = "$6" ]
+    [ $# = 8 ] && [ $((($1 + $3) / 2 - ($7 - $5) / 2)) = "$5" ] &&
+        [ $((($2 + $4) / 2 - ($8 - $6) / 2)) = "$6" ]
 }
 
 uninstall() {
-    wine "$folder\\uninstall.exe" &> "$out/uninstall.log"
+    wine "$folder\\uninstall.exe" /PAUSE=1500 &> "$out/uninstall.log"
     until_shown 'Uninstall Lakeside Workbench'
     activate 'Lakeside Workbench Uninstall'
     page 'Uninstall Lakeside Workbench'
     picture 11-uninstall
     keys Return
+    wait_window 'Lakeside Workbench is being removed.' 'Lakeside Workbench Uninstall'
     page 'Completing Lakeside Workbench Uninstall'
+    check 'the wait window is closed' '' fails shows 'Please wait'
     picture 12-uninstalled
     keys Return
     check 'the uninstaller is gone' '' until_gone 'Completing Lakeside Workbench Uninstall'
@@ -237,11 +256,12 @@ cancel() {
     check 'no temporary files are left' "$left" empty "$left"
 }
 
-need_tools
+need_tools makensis perl wine Xvfb import xdotool
 make_installer
 make_probe
 start_wine
 clean_slate "$folder"
+offer_licence
 rm -f "$build/screenshots"/wizard-*.png
 
 echo 'The wizard:'
