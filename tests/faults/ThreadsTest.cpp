@@ -31,7 +31,7 @@ constexpr int kRounds = 25;
 struct Meeting
 {
     volatile LONG nCame;
-    volatile LONG bMissed; // somebody waited in vain
+    volatile LONG bMissed; // somebody waited in vain; nobody does again
 
     void Wait()
     {
@@ -45,6 +45,7 @@ Meeting g_copying;
 Meeting g_setting;
 Meeting g_writing;
 Meeting g_verifying;
+constexpr Meeting* kMeetings[] = {&g_copying, &g_setting, &g_writing, &g_verifying};
 
 // All threads are inside of the same export here.
 BOOL WINAPI CopyTogether(LPCSTR pszFrom, LPCSTR pszTo, BOOL bFailIfExists)
@@ -137,17 +138,20 @@ struct Work
 
 void RunRounds(Work& work)
 {
-    for (int i = 0; i < kRounds && work.fault.empty(); ++i)
+    const auto note = [&work](const std::string& fault) {
+        if (work.fault.empty())
+            work.fault = fault;
+    };
+    // To the end in any case: the other threads wait.
+    for (int i = 0; i < kRounds; ++i)
     {
         const std::string text = work.pPlace->name + std::string(static_cast<std::size_t>(i), '.');
-        // All of them in any case: the other threads wait.
-        for (const std::string& fault :
-             {Copy(*work.pTarn, *work.pPlace, text), Put(*work.pTarn, *work.pPlace, text),
-              Write(*work.pTarn, *work.pPlace)})
-            work.fault += fault;
+        note(Copy(*work.pTarn, *work.pPlace, text));
+        note(Put(*work.pTarn, *work.pPlace, text));
+        note(Write(*work.pTarn, *work.pPlace));
         g_verifying.Wait();
-        for (int n = 0; n < 50 && work.fault.empty(); ++n)
-            work.fault = Verify(*work.pTarn, *work.pPlace);
+        for (int n = 0; n < 50; ++n)
+            note(Verify(*work.pTarn, *work.pPlace));
     }
 }
 
@@ -164,7 +168,8 @@ TEST(Threads, SeveralAtOnceEachGetTheirOwnResults)
     ExpectCleanFault(
         std::string(),
         [&] {
-            g_copying = g_setting = g_writing = g_verifying = {0, 0};
+            for (Meeting* const pMeeting : kMeetings)
+                pMeeting->nCame = 0;
             const ImportPatch copy(tarn.Module(), "CopyFileA",
                                    reinterpret_cast<void*>(&CopyTogether));
             const ImportPatch set(tarn.Module(), "RegSetValueExA",
@@ -180,7 +185,7 @@ TEST(Threads, SeveralAtOnceEachGetTheirOwnResults)
                 for (Work& work : works)
                     threads.push_back(std::make_unique<DriverThread>([&work] { RunRounds(work); }));
             }
-            for (const Meeting* const pMeeting : {&g_copying, &g_setting, &g_writing, &g_verifying})
+            for (const Meeting* const pMeeting : kMeetings)
             {
                 EXPECT_FALSE(pMeeting->bMissed) << "one thread keeps the others out";
                 EXPECT_EQ(pMeeting->nCame, kThreads * kRounds);
