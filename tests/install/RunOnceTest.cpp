@@ -280,7 +280,7 @@ TEST_F(RunOnce, FailsWhenTheKeyCannotBeOpened)
         ExpectCleanFault(
             0,
             [&] {
-                const Recorder recorder(tarn.Module()); // of "RegOpenKeyExA" and what follows it
+                const Recorder recorder(tarn.Module());
                 g_nOpenResult = nError;
                 const int nPut = tarn.PutInRunOnce("Name", "command");
                 EXPECT_EQ(g_nSet, 0);

@@ -9,10 +9,11 @@
 template <class Result, class Call, class Works>
 void ExpectCleanFault(const Result& documented, const Call& call, const Works& works)
 {
-    EXPECT_TRUE(LeavesNothingBehind([&] {
+    const testing::AssertionResult clean = LeavesNothingBehind([&] {
         const CallersState before = CallersState::Now();
         EXPECT_EQ(call(), documented);
         EXPECT_EQ(CallersState::Now(), before);
-    }));
+    });
+    EXPECT_TRUE(clean);
     works();
 }
