@@ -554,8 +554,8 @@ TEST_F(WaitWindowFault, OfTheThreadThatEndsTakesTheWindowAndCloseHasNothingToDes
     const auto endWithABareDialog = [this] {
         HWND hWnd = nullptr;
         DriverThread other([&] {
-            hWnd = ::CreateDialogParamA(tarn.Module(), MAKEINTRESOURCEA(14000), nullptr,
-                                        &DoNothing, 0);
+            hWnd = ::CreateDialogParamA(tarn.Module(), MAKEINTRESOURCEA(14000), nullptr, &DoNothing,
+                                        0);
         });
         other.Join();
         EXPECT_NE(hWnd, nullptr);
