@@ -1,10 +1,9 @@
 // What every export does before and after its own work, with each call failing in turn; and several
 // threads and several copies of the library that have a fault at the same time.
-#include "tests/support/CallersState.h"
+#include "tests/support/CleanFault.h"
 #include "tests/support/FailingCall.h"
 #include "tests/support/Host.h"
 #include "tests/support/LoadedTarn.h"
-#include "tests/support/ResourceCount.h"
 #include "tests/support/TempFolder.h"
 
 #include <gtest/gtest.h>
@@ -112,18 +111,25 @@ TEST(FrameFaultOfTheContext, IsMadeGoodByTheNextCall)
     const TempFolder folder;
     const std::string path = folder / "tarn copy.dll";
     ASSERT_TRUE(::CopyFileA(LoadedTarn::Path().c_str(), path.c_str(), TRUE));
-    const LoadedTarn tarn(path);
-    for (int i = 1; i <= 2; ++i)
-    {
-        const FailingCall failing(tarn.Module(), "CreateActCtxA", ~ULONG_PTR{0});
-        EXPECT_EQ(Verify(tarn), 1);
-        EXPECT_EQ(Verify(tarn), 1);
-        EXPECT_EQ(FailingCall::Calls(), 2);
-    }
-    EXPECT_EQ(Verify(tarn), 1);
-    const FailingCall failing(tarn.Module(), "CreateActCtxA", ~ULONG_PTR{0});
-    EXPECT_EQ(Verify(tarn), 1);
-    EXPECT_EQ(FailingCall::Calls(), 0) << "there is one now";
+    const HostContext context;
+    ExpectCleanFault(
+        1,
+        [&path] {
+            const LoadedTarn tarn(path);
+            for (int i = 1; i <= 2; ++i)
+            {
+                const FailingCall failing(tarn.Module(), "CreateActCtxA", ~ULONG_PTR{0});
+                EXPECT_EQ(Verify(tarn), 1);
+                EXPECT_EQ(Verify(tarn), 1);
+                EXPECT_EQ(FailingCall::Calls(), 2);
+            }
+            EXPECT_EQ(Verify(tarn), 1);
+            const FailingCall failing(tarn.Module(), "CreateActCtxA", ~ULONG_PTR{0});
+            const int nResult = Verify(tarn);
+            EXPECT_EQ(FailingCall::Calls(), 0) << "there is one now";
+            return nResult;
+        },
+        [&path] { EXPECT_EQ(Verify(LoadedTarn(path)), 1); });
 }
 
 BOOL WINAPI DeactivateAndSayNo(DWORD nFlags, ULONG_PTR nCookie)
@@ -132,15 +138,63 @@ BOOL WINAPI DeactivateAndSayNo(DWORD nFlags, ULONG_PTR nCookie)
     return FALSE;
 }
 
+// Only what the call returns is wrong here; see below for what it does.
 TEST(FrameFaultOfTheContext, InDeactivationChangesNoResult)
 {
     const LoadedTarn tarn;
     const HostContext context;
-    const ImportPatch patch(tarn.Module(), "DeactivateActCtx",
-                            reinterpret_cast<void*>(&DeactivateAndSayNo));
-    ASSERT_TRUE(patch.IsActive());
-    EXPECT_EQ(Verify(tarn), 1);
-    EXPECT_TRUE(context.IsActive());
+    ExpectCleanFault(
+        1,
+        [&] {
+            const ImportPatch patch(tarn.Module(), "DeactivateActCtx",
+                                    reinterpret_cast<void*>(&DeactivateAndSayNo));
+            EXPECT_TRUE(patch.IsActive());
+            return Verify(tarn);
+        },
+        [&] { EXPECT_EQ(Verify(tarn), 1); });
+}
+
+struct Refused
+{
+    const LoadedTarn* pTarn;
+    int nResult;
+    int nRefused;
+    bool bStays; // the library's context, on the thread
+};
+
+DWORD WINAPI CallAndRefuse(LPVOID pRefused)
+{
+    auto& refused = *static_cast<Refused*>(pRefused);
+    HANDLE const hBefore = HostContext::Current();
+    const FailingCall failing(refused.pTarn->Module(), "DeactivateActCtx", FALSE);
+    refused.nResult = Verify(*refused.pTarn);
+    refused.nRefused = FailingCall::Calls();
+    refused.bStays = HostContext::Current() != hBefore;
+    return 0;
+}
+
+// Nobody else can take it away; the thread takes it along when it ends.
+TEST(FrameFaultOfTheContext, ThatStaysActiveIsOnThatThreadOnly)
+{
+    const LoadedTarn tarn;
+    ASSERT_TRUE(tarn.IsComplete());
+    const HostContext context;
+    ExpectCleanFault(
+        1,
+        [&] {
+            Refused refused = {&tarn, 0, 0, false};
+            HANDLE const hThread = ::CreateThread(nullptr, 0, &CallAndRefuse, &refused, 0, nullptr);
+            EXPECT_EQ(::WaitForSingleObject(hThread, 60000), WAIT_OBJECT_0);
+            ::CloseHandle(hThread);
+            EXPECT_EQ(refused.nRefused, 1);
+            EXPECT_TRUE(refused.bStays);
+            EXPECT_TRUE(context.IsActive());
+            return refused.nResult;
+        },
+        [&] {
+            EXPECT_EQ(Verify(tarn), 1);
+            EXPECT_TRUE(context.IsActive());
+        });
 }
 
 // Two threads: one has no memory, the other one has.
@@ -176,29 +230,38 @@ TEST(FrameFaultOfOneThread, IsNoOtherThreads)
     ASSERT_TRUE(tarn.IsComplete());
     EXPECT_EQ(Verify(tarn), 1);
     g_nPoorThread = ::GetCurrentThreadId();
-    const ImportPatch patch(tarn.Module(), "HeapAlloc", reinterpret_cast<void*>(&AllocForTheRich));
-    ASSERT_TRUE(patch.IsActive());
-    Work work = {&tarn, 500, 0};
-    std::vector<HANDLE> threads;
-    for (int i = 0; i < 4; ++i)
-        threads.push_back(::CreateThread(nullptr, 0, &CallMany, &work, 0, nullptr));
-    for (int i = 0; i < 500; ++i)
-    {
-        int nResult = 0;
-        ASSERT_EQ(CallVerify(tarn, nResult), Came::MemoryException);
-    }
-    for (HANDLE const hThread : threads)
-    {
-        EXPECT_EQ(::WaitForSingleObject(hThread, 60000), WAIT_OBJECT_0);
-        ::CloseHandle(hThread);
-    }
-    EXPECT_EQ(work.nWrong, 0);
+    ExpectCleanFault(
+        500,
+        [&tarn] {
+            const ImportPatch patch(tarn.Module(), "HeapAlloc",
+                                    reinterpret_cast<void*>(&AllocForTheRich));
+            EXPECT_TRUE(patch.IsActive());
+            Work work = {&tarn, 500, 0};
+            std::vector<HANDLE> threads;
+            for (int i = 0; i < 4; ++i)
+                threads.push_back(::CreateThread(nullptr, 0, &CallMany, &work, 0, nullptr));
+            int nRefused = 0;
+            for (int i = 0; i < 500; ++i)
+            {
+                int nResult = 0;
+                nRefused += CallVerify(tarn, nResult) == Came::MemoryException ? 1 : 0;
+            }
+            for (HANDLE const hThread : threads)
+            {
+                EXPECT_EQ(::WaitForSingleObject(hThread, 60000), WAIT_OBJECT_0);
+                ::CloseHandle(hThread);
+            }
+            EXPECT_EQ(work.nWrong, 0);
+            return nRefused;
+        },
+        [&tarn] { EXPECT_EQ(Verify(tarn), 1); });
 }
 
 TEST(FrameFaultOfOneCopy, IsNoOtherCopys)
 {
     const TempFolder folder;
     EXPECT_TRUE(LeavesNothingBehind([&folder] {
+        const CallersState before = CallersState::Now();
         std::vector<std::unique_ptr<LoadedTarn>> copies;
         for (const char* const pszName : {"one.dll", "two.dll", "three.dll"})
         {
@@ -207,14 +270,18 @@ TEST(FrameFaultOfOneCopy, IsNoOtherCopys)
             copies.push_back(std::make_unique<LoadedTarn>(path));
             ASSERT_TRUE(copies.back()->IsComplete());
         }
-        const FailingCall failing(copies[1]->Module(), "TlsAlloc", TLS_OUT_OF_INDEXES);
-        int nResult = 0;
-        EXPECT_EQ(CallVerify(*copies[1], nResult), Came::MemoryException);
-        EXPECT_EQ(Verify(*copies[0]), 1);
-        EXPECT_EQ(Verify(*copies[2]), 1);
-        copies[0].reset();
-        EXPECT_EQ(CallVerify(*copies[1], nResult), Came::MemoryException);
-        EXPECT_EQ(Verify(*copies[2]), 1);
+        {
+            const FailingCall failing(copies[1]->Module(), "TlsAlloc", TLS_OUT_OF_INDEXES);
+            int nResult = 0;
+            EXPECT_EQ(CallVerify(*copies[1], nResult), Came::MemoryException);
+            EXPECT_EQ(Verify(*copies[0]), 1);
+            EXPECT_EQ(Verify(*copies[2]), 1);
+            copies[0].reset();
+            EXPECT_EQ(CallVerify(*copies[1], nResult), Came::MemoryException);
+            EXPECT_EQ(Verify(*copies[2]), 1);
+        }
+        EXPECT_EQ(Verify(*copies[1]), 1);
+        EXPECT_EQ(CallersState::Now(), before);
     }));
 }
 
@@ -232,12 +299,56 @@ TEST(FrameFaultOfTheModulesName, LeavesTheApplicationWithoutAName)
     AfxGetModuleState()->m_pCurrentWinApp = pAppBefore;
 }
 
+std::string g_boxCaption;
+
+int WINAPI NoteBox(HWND /*hWnd*/, LPCSTR /*pszText*/, LPCSTR pszCaption, UINT /*nType*/)
+{
+    g_boxCaption = pszCaption != nullptr ? pszCaption : "(null)";
+    return IDOK;
+}
+
+// The caption of the box that tells of a folder that is not there.
+std::string CaptionOf(const LoadedTarn& tarn, const TempFolder& folder)
+{
+    const ImportPatch patch(tarn.Module(), "MessageBoxA", reinterpret_cast<void*>(&NoteBox));
+    EXPECT_TRUE(patch.IsActive());
+    g_boxCaption = "(none)";
+    EXPECT_EQ(tarn.Write_ch_config_File((folder / "missing").c_str()), 0);
+    return g_boxCaption;
+}
+
+// The DLL asks for its name while it is loaded, when nobody can have patched it: in the file, its
+// import is another function's, which takes the arguments for what they are not, and returns 0.
+TEST(FrameFaultOfTheModulesName, LeavesTheDllsMessageBoxWithoutACaption)
+{
+    const TempFolder folder;
+    const std::string path = folder / "nameless.dll";
+    const std::string name("GetModuleFileNameA");
+    std::string other("GetFileType");
+    other.resize(name.size(), '\0');
+    std::string bytes = ReadBytes(LoadedTarn::Path());
+    const std::size_t nAt = bytes.find(name + '\0');
+    ASSERT_NE(nAt, std::string::npos);
+    ASSERT_EQ(bytes.find(name + '\0', nAt + 1), std::string::npos);
+    WriteBytes(path, bytes);
+    EXPECT_EQ(CaptionOf(LoadedTarn(path), folder), "nameless");
+    WriteBytes(path, bytes.replace(nAt, name.size(), other));
+    ExpectCleanFault(
+        std::string(), [&] { return CaptionOf(LoadedTarn(path), folder); },
+        [&path] {
+            const LoadedTarn tarn(path);
+            ASSERT_TRUE(tarn.IsComplete());
+            EXPECT_EQ(Verify(tarn), 1);
+        });
+}
+
 // What cannot be given back is left to the system.
 TEST(FrameFaultAtUnload, DoesNotKeepTheLibraryFromUnloading)
 {
     const TempFolder folder;
     const std::string path = folder / "tarn copy.dll";
     ASSERT_TRUE(::CopyFileA(LoadedTarn::Path().c_str(), path.c_str(), TRUE));
+    const CallersState before = CallersState::Now();
     for (const char* const pszFunction : {"HeapDestroy", "TlsFree", "ReleaseActCtx"})
     {
         SCOPED_TRACE(pszFunction);
@@ -251,6 +362,7 @@ TEST(FrameFaultAtUnload, DoesNotKeepTheLibraryFromUnloading)
         EXPECT_EQ(::GetModuleHandleA("tarn copy.dll"), nullptr);
         const LoadedTarn again(path);
         EXPECT_EQ(Verify(again), 1);
+        EXPECT_EQ(CallersState::Now(), before);
     }
 }
 } // namespace

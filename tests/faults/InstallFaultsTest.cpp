@@ -1,9 +1,9 @@
 // What FileCopy, PutInRunOnce and Write_ch_config_File of the built DLL return for each error that the
 // system may give. Errors that a test can bring about for real are with the tests of each export.
-#include "tests/support/CallersState.h"
+#include "tests/support/CleanFault.h"
 #include "tests/support/FailingCall.h"
 #include "tests/support/LoadedTarn.h"
-#include "tests/support/ResourceCount.h"
+#include "tests/support/RegistrySandbox.h"
 #include "tests/support/TempFolder.h"
 
 #include <gtest/gtest.h>
@@ -21,15 +21,16 @@ constexpr DWORD kErrors[] = {
     ERROR_NO_SYSTEM_RESOURCES, ERROR_IO_DEVICE,         12345,
 };
 
+constexpr char kRunOnce[] = "Software\\Microsoft\\Windows\\CurrentVersion\\RunOnce";
+
 int g_nBoxes = 0;
 std::string g_boxText;
-int g_nBoxResult = IDOK;
 
 int WINAPI NoteBox(HWND /*hWnd*/, LPCSTR pszText, LPCSTR /*pszCaption*/, UINT /*nType*/)
 {
     ++g_nBoxes;
     g_boxText = pszText;
-    return g_nBoxResult;
+    return IDOK;
 }
 
 class InstallFault : public testing::Test
@@ -44,12 +45,29 @@ protected:
         folder.MakeFolder("target\\embedch\\config");
         chrc = target + "\\embedch\\config\\chrc";
         g_nBoxes = 0;
-        g_nBoxResult = IDOK;
     }
     void SetUp() override
     {
         ASSERT_TRUE(tarn.IsComplete());
         ASSERT_TRUE(boxes.IsActive());
+    }
+
+    void ExpectToCopy() const
+    {
+        EXPECT_EQ(tarn.FileCopy(source.c_str(), (target + "\\").c_str()), 1);
+        EXPECT_EQ(ReadBytes(target + "\\a.txt"), "text");
+        EXPECT_TRUE(::DeleteFileA((target + "\\a.txt").c_str()));
+    }
+    void ExpectToWrite() const
+    {
+        EXPECT_EQ(tarn.Write_ch_config_File(target.c_str()), 1);
+        EXPECT_TRUE(::DeleteFileA(chrc.c_str()));
+    }
+    // Whatever the box said is not the library's memory.
+    static void ForgetBox()
+    {
+        g_boxText.clear();
+        g_boxText.shrink_to_fit();
     }
 
     const TempFolder folder;
@@ -70,15 +88,17 @@ TEST_F(InstallFault, OfFileCopyIsZeroForEveryErrorAndShowsNothing)
         for (const DWORD nError : kErrors)
         {
             SCOPED_TRACE(testing::Message() << pszFunction << ", error " << nError);
-            const CallersState before = CallersState::Now();
-            const FailingCall failing(tarn.Module(), pszFunction, nResult, nError);
-            EXPECT_EQ(tarn.FileCopy(source.c_str(), (target + "\\").c_str()), 0);
-            EXPECT_EQ(FailingCall::Calls(), 1);
-            EXPECT_EQ(CallersState::Now(), before);
+            ExpectCleanFault(
+                0,
+                [&] {
+                    const FailingCall failing(tarn.Module(), pszFunction, nResult, nError);
+                    const int nCopied = tarn.FileCopy(source.c_str(), (target + "\\").c_str());
+                    EXPECT_EQ(FailingCall::Calls(), 1);
+                    EXPECT_FALSE(Exists(target + "\\a.txt"));
+                    return nCopied;
+                },
+                [this] { ExpectToCopy(); });
         }
-        EXPECT_FALSE(Exists(target + "\\a.txt"));
-        EXPECT_EQ(tarn.FileCopy(source.c_str(), (target + "\\").c_str()), 1);
-        EXPECT_TRUE(::DeleteFileA((target + "\\a.txt").c_str()));
     }
     EXPECT_EQ(g_nBoxes, 0);
 }
@@ -91,59 +111,82 @@ TEST_F(InstallFault, OfAFullDiskIsZeroForFileCopy)
         GTEST_SKIP() << "no full disk; see full_disk_test.sh";
     WriteBytes(source, std::string(2 << 20, 'x'));
     const std::string disk = std::string(pszDisk) + "\\";
-    EXPECT_EQ(tarn.FileCopy(source.c_str(), disk.c_str()), 0);
-    ::DeleteFileA((disk + "a.txt").c_str());
-    WriteBytes(source, "text");
-    EXPECT_EQ(tarn.FileCopy(source.c_str(), disk.c_str()), 1) << "this much does fit";
-    EXPECT_EQ(ReadBytes(disk + "a.txt"), "text");
+    ExpectCleanFault(
+        0,
+        [&] {
+            const int nCopied = tarn.FileCopy(source.c_str(), disk.c_str());
+            ::DeleteFileA((disk + "a.txt").c_str());
+            return nCopied;
+        },
+        [&] {
+            WriteBytes(source, "text");
+            EXPECT_EQ(tarn.FileCopy(source.c_str(), disk.c_str()), 1) << "this much does fit";
+            EXPECT_EQ(ReadBytes(disk + "a.txt"), "text");
+        });
     EXPECT_EQ(g_nBoxes, 0);
 }
 
 TEST_F(InstallFault, OfOpeningTheStartUpFileIsZeroAfterABoxForEveryError)
 {
-    EXPECT_TRUE(LeavesNothingBehind([this] {
-        int nBoxes = 0;
-        g_nBoxes = 0;
-        for (const DWORD nError : kErrors)
-        {
-            SCOPED_TRACE(nError);
-            const FailingCall failing(tarn.Module(), "CreateFileA", ~ULONG_PTR{0}, nError);
-            EXPECT_EQ(tarn.Write_ch_config_File(target.c_str()), 0);
-            EXPECT_EQ(g_nBoxes, ++nBoxes);
-            EXPECT_NE(g_boxText.find(chrc), std::string::npos) << g_boxText;
-        }
-        g_boxText.clear();
-        g_boxText.shrink_to_fit();
-    }));
-    EXPECT_FALSE(Exists(chrc));
-    EXPECT_EQ(tarn.Write_ch_config_File(target.c_str()), 1);
+    for (const DWORD nError : kErrors)
+    {
+        SCOPED_TRACE(nError);
+        ExpectCleanFault(
+            0,
+            [&] {
+                const FailingCall failing(tarn.Module(), "CreateFileA", ~ULONG_PTR{0}, nError);
+                g_nBoxes = 0;
+                const int nWritten = tarn.Write_ch_config_File(target.c_str());
+                EXPECT_EQ(g_nBoxes, 1);
+                EXPECT_NE(g_boxText.find(chrc), std::string::npos) << g_boxText;
+                EXPECT_FALSE(Exists(chrc));
+                ForgetBox();
+                return nWritten;
+            },
+            [this] { ExpectToWrite(); });
+    }
 }
 
 TEST_F(InstallFault, OfTheBoxItselfIsZeroAllTheSame)
 {
-    g_nBoxResult = 0;
+    ExpectCleanFault(
+        0,
+        [this] {
+            const FailingCall failing(tarn.Module(), "MessageBoxA");
+            const int nWritten = tarn.Write_ch_config_File((target + "\\missing").c_str());
+            EXPECT_EQ(FailingCall::Calls(), 1);
+            return nWritten;
+        },
+        [this] { ExpectToWrite(); });
     EXPECT_EQ(tarn.Write_ch_config_File((target + "\\missing").c_str()), 0);
-    EXPECT_EQ(g_nBoxes, 1);
+    EXPECT_EQ(g_nBoxes, 1) << "the next one is shown";
 }
 
 TEST_F(InstallFault, OfTheRegistryIsZeroForEveryErrorAndShowsNothing)
 {
-    for (const DWORD nError : kErrors)
+    const RegistrySandbox sandbox;
+    ASSERT_TRUE(MakeKey(kRunOnce));
+    for (const char* const pszFunction : {"RegOpenKeyExA", "RegSetValueExA"})
     {
-        SCOPED_TRACE(nError);
-        const FailingCall failing(tarn.Module(), "RegOpenKeyExA", nError);
-        EXPECT_EQ(tarn.PutInRunOnce("Tarn fault", "command"), 0);
-        EXPECT_EQ(FailingCall::Calls(), 1);
-    }
-    EXPECT_TRUE(LeavesNothingBehind([this] {
         for (const DWORD nError : kErrors)
         {
-            SCOPED_TRACE(nError);
-            const FailingCall failing(tarn.Module(), "RegSetValueExA", nError);
-            EXPECT_EQ(tarn.PutInRunOnce("Tarn fault", "command"), 0);
-            EXPECT_EQ(FailingCall::Calls(), 1) << "the key is not there, or not opened";
+            SCOPED_TRACE(testing::Message() << pszFunction << ", error " << nError);
+            ExpectCleanFault(
+                0,
+                [&] {
+                    const FailingCall failing(tarn.Module(), pszFunction, nError);
+                    const int nPut = tarn.PutInRunOnce("Tarn fault", "command");
+                    EXPECT_EQ(FailingCall::Calls(), 1);
+                    EXPECT_FALSE(ReadValue(kRunOnce, "Tarn fault").bExists);
+                    return nPut;
+                },
+                [this] {
+                    EXPECT_EQ(tarn.PutInRunOnce("Tarn fault", "command"), 1);
+                    EXPECT_EQ(::RegDeleteKeyValueA(HKEY_CURRENT_USER, kRunOnce, "Tarn fault"),
+                              ERROR_SUCCESS);
+                });
         }
-    }));
+    }
     EXPECT_EQ(g_nBoxes, 0);
 }
 } // namespace

@@ -1,8 +1,8 @@
 // The job runner, in a library of its own that is the one that ships with one export more: each call
 // that it makes of the system fails in turn, the worker dies, the library is unloaded under it.
+#include "tests/support/CleanFault.h"
 #include "tests/support/FailingCall.h"
 #include "tests/support/LoadedTarn.h"
-#include "tests/support/ResourceCount.h"
 #include "tests/support/TempFolder.h"
 #include "tests/support/WindowDriver.h"
 
@@ -170,7 +170,9 @@ void RunRound(const Action& action)
                                 reinterpret_cast<void*>(&WaitIfValid));
         ASSERT_TRUE(frees.IsActive());
         ASSERT_TRUE(waits.IsActive());
+        const CallersState before = CallersState::Now();
         action(jobs);
+        EXPECT_EQ(CallersState::Now(), before);
         ExpectToWork(jobs);
     }
     EXPECT_TRUE(WaitFor([] { return !IsLoaded(); })) << "it stays loaded";
@@ -399,6 +401,7 @@ TEST(JobFault, OfTerminatingTheWorkerEndsTheWaitAndLeavesTheJobAlone)
 // reference to the library. The results are right.
 TEST(JobFault, OfWaitingForTheWorkerCostsAHandleAndNothingElse)
 {
+    const CallersState state = CallersState::Now();
     ResourceCount before;
     {
         const LoadedJobs jobs;
@@ -433,6 +436,7 @@ TEST(JobFault, OfWaitingForTheWorkerCostsAHandleAndNothingElse)
     }
     EXPECT_TRUE(WaitFor([&] { return ResourceCount::Now().nThreads == before.nThreads; }));
     EXPECT_LE(ResourceCount::Now().nHandles, before.nHandles + 2) << "of the first two jobs";
+    EXPECT_EQ(CallersState::Now(), state);
     {
         const LoadedJobs jobs;
         ExpectToWork(jobs);
@@ -447,6 +451,7 @@ TEST(JobFault, OfGivingBackChangesNoResult)
 {
     const LoadedJobs jobs;
     ASSERT_TRUE(jobs.IsComplete());
+    const CallersState state = CallersState::Now();
     for (const char* const pszFunction : {"CloseHandle", "HeapFree"})
     {
         SCOPED_TRACE(pszFunction);
@@ -458,6 +463,7 @@ TEST(JobFault, OfGivingBackChangesNoResult)
     ASSERT_TRUE(failing.IsActive());
     ExpectToWork(jobs);
     EXPECT_EQ(FailingCall::Calls(), 0);
+    EXPECT_EQ(CallersState::Now(), state);
 }
 
 TEST(JobFault, OfAWorkerThatSomebodyTerminatedIsClean)
@@ -506,8 +512,10 @@ TEST(JobFault, OfUnloadingForADeadWorkerKeepsTheLibraryLoaded)
                 EXPECT_TRUE(job.HasStarted());
                 Tick(hWnd);
             });
+            const CallersState state = CallersState::Now();
             EXPECT_EQ(jobs.Run(&HeldJob::Run, &job), 0);
             EXPECT_EQ(FailingCall::Calls(), 1);
+            EXPECT_EQ(CallersState::Now(), state);
         }
         ExpectToWork(jobs);
     }
@@ -543,25 +551,30 @@ TEST(JobFault, OfTheOwnerThatDiesEndsTheWaitAndLeavesTheJobAlone)
 
 TEST(JobUnload, WhileAJobRunsByItselfWaitsForTheJob)
 {
-    EXPECT_TRUE(LeavesNothingBehind([] {
-        HeldJob job;
-        {
-            const LoadedJobs jobs;
-            ASSERT_TRUE(jobs.IsComplete());
-            DriverThread driver([&job] {
-                HWND const hWnd = WaitForDialog();
-                EXPECT_TRUE(job.HasStarted());
-                PostKey(hWnd, VK_RETURN);
-            });
-            EXPECT_EQ(jobs.Run(&HeldJob::Run, &job), 0);
-        }
-        EXPECT_TRUE(IsLoaded()) << "its code is needed";
-        EXPECT_FALSE(job.WorkerHasEnded(0));
-        ::SetEvent(job.hMayEnd);
-        EXPECT_TRUE(job.WorkerHasEnded());
-        EXPECT_EQ(job.ExitCode(), 0U);
-        EXPECT_TRUE(WaitFor([] { return !IsLoaded(); }));
-    }));
+    ExpectCleanFault(
+        LONGLONG{0},
+        [] {
+            HeldJob job;
+            LONGLONG nResult = -1;
+            {
+                const LoadedJobs jobs;
+                EXPECT_TRUE(jobs.IsComplete());
+                DriverThread driver([&job] {
+                    HWND const hWnd = WaitForDialog();
+                    EXPECT_TRUE(job.HasStarted());
+                    PostKey(hWnd, VK_RETURN);
+                });
+                nResult = jobs.Run(&HeldJob::Run, &job);
+            }
+            EXPECT_TRUE(IsLoaded()) << "its code is needed";
+            EXPECT_FALSE(job.WorkerHasEnded(0));
+            ::SetEvent(job.hMayEnd);
+            EXPECT_TRUE(job.WorkerHasEnded());
+            EXPECT_EQ(job.ExitCode(), 0U);
+            EXPECT_TRUE(WaitFor([] { return !IsLoaded(); }));
+            return nResult;
+        },
+        [] { ExpectToWork(LoadedJobs()); });
 }
 
 TEST(JobUnload, HappensWhenTheJobsHaveEnded)
@@ -580,26 +593,29 @@ TEST(JobCopies, UnderDifferentNamesRunJobsAtTheSameTime)
     const TempFolder folder;
     const std::string path = folder / "other.dll";
     ASSERT_TRUE(::CopyFileA(PathOfJobs().c_str(), path.c_str(), TRUE));
-    EXPECT_TRUE(LeavesNothingBehind([&path] {
-        {
-            const LoadedJobs first;
-            const LoadedJobs second(path);
-            ASSERT_TRUE(first.IsComplete());
-            ASSERT_TRUE(second.IsComplete());
-            ASSERT_NE(first.Module(), second.Module());
-            HeldJob job;
+    ExpectCleanFault(
+        kValue,
+        [&path] {
             LONGLONG nResult = 0;
-            DriverThread other([&] { nResult = first.Run(&HeldJob::Run, &job); });
-            EXPECT_TRUE(job.HasStarted());
-            int nRuns = 0;
-            EXPECT_EQ(second.Run(&CountRuns, &nRuns), kValue);
-            ::SetEvent(job.hMayEnd);
-            other.Join();
-            EXPECT_EQ(nResult, kValue);
-        }
-        EXPECT_TRUE(
-            WaitFor([] { return !IsLoaded() && ::GetModuleHandleA("other.dll") == nullptr; }));
-    }));
+            {
+                const LoadedJobs first;
+                const LoadedJobs second(path);
+                EXPECT_TRUE(first.IsComplete());
+                EXPECT_TRUE(second.IsComplete());
+                EXPECT_NE(first.Module(), second.Module());
+                HeldJob job;
+                DriverThread other([&] { nResult = first.Run(&HeldJob::Run, &job); });
+                EXPECT_TRUE(job.HasStarted());
+                int nRuns = 0;
+                EXPECT_EQ(second.Run(&CountRuns, &nRuns), kValue);
+                ::SetEvent(job.hMayEnd);
+                other.Join();
+            }
+            EXPECT_TRUE(
+                WaitFor([] { return !IsLoaded() && ::GetModuleHandleA("other.dll") == nullptr; }));
+            return nResult;
+        },
+        [] { ExpectToWork(LoadedJobs()); });
 }
 
 // Runs one of the tests below in a process of its own and returns how that ended.

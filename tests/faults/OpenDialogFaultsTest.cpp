@@ -1,9 +1,8 @@
 // DoFileOpenDialog of the built DLL, with each call that it makes of the system failing in turn.
 #include "include/tarn.h"
-#include "tests/support/CallersState.h"
+#include "tests/support/CleanFault.h"
 #include "tests/support/FailingCall.h"
 #include "tests/support/LoadedTarn.h"
-#include "tests/support/ResourceCount.h"
 #include "tests/support/TempFolder.h"
 
 #include <gtest/gtest.h>
@@ -120,52 +119,66 @@ TEST_F(OpenDialogFault, InFindingTheDialogReturnsZeroAndTheNextCallLooksAgain)
          {"GetSystemDirectoryA", "LoadLibraryExA", "GetProcAddress"})
     {
         SCOPED_TRACE(pszFunction);
-        EXPECT_TRUE(LeavesNothingBehind([&] {
-            Load();
-            const CallersState state = CallersState::Now();
-            for (int i = 0; i < 2; ++i)
-            {
-                const FailingCall failing(pTarn->Module(), pszFunction);
-                ASSERT_TRUE(failing.IsActive());
-                EXPECT_EQ(Open(), 0);
-                EXPECT_EQ(FailingCall::Calls(), 1);
-                EXPECT_TRUE(IsUntouched());
-                EXPECT_EQ(CallersState::Now(), state);
-            }
-            ExpectToWork();
-        }));
+        ExpectCleanFault(
+            0,
+            [&] {
+                Load();
+                int nOpened = 0;
+                for (int i = 0; i < 2; ++i)
+                {
+                    const FailingCall failing(pTarn->Module(), pszFunction);
+                    EXPECT_TRUE(failing.IsActive());
+                    nOpened += Open();
+                    EXPECT_EQ(FailingCall::Calls(), 1);
+                    EXPECT_TRUE(IsUntouched());
+                }
+                ExpectToWork();
+                return nOpened;
+            },
+            [this] { ExpectToWork(); });
     }
 }
 
 TEST_F(OpenDialogFault, OfAPathOfTheSystemFolderThatIsTooLongReturnsZero)
 {
-    const ImportPatch patch(pTarn->Module(), "GetSystemDirectoryA",
-                            reinterpret_cast<void*>(&NameSystemFolder));
-    const FailingCall failing(pTarn->Module(), "LoadLibraryExA");
-    // With the separator, "comdlg32.dll" and the terminating zero, 246 bytes are the most.
-    for (const std::size_t cb : {247U, 259U, 260U, 5000U})
+    // With the separator, "comdlg32.dll" and the terminating zero, 246 bytes are the most. What is
+    // longer is not loaded: a path that was cut off names something else.
+    for (const std::size_t cb : {246U, 247U, 259U, 260U, 5000U})
     {
         SCOPED_TRACE(cb);
         g_systemFolder = std::string(cb, 'x');
-        EXPECT_EQ(Open(), 0);
-        EXPECT_TRUE(IsUntouched());
+        ExpectCleanFault(
+            0,
+            [&] {
+                const ImportPatch patch(pTarn->Module(), "GetSystemDirectoryA",
+                                        reinterpret_cast<void*>(&NameSystemFolder));
+                const FailingCall failing(pTarn->Module(), "LoadLibraryExA");
+                const int nOpened = Open();
+                EXPECT_EQ(FailingCall::Calls(), cb == 246 ? 1 : 0);
+                EXPECT_TRUE(IsUntouched());
+                return nOpened;
+            },
+            [this] {
+                ExpectToWork();
+                Load();
+            });
     }
-    EXPECT_EQ(FailingCall::Calls(), 0) << "a path that was cut off names something else";
-    g_systemFolder = std::string(246, 'x');
-    EXPECT_EQ(Open(), 0);
-    EXPECT_EQ(FailingCall::Calls(), 1);
 }
 
 TEST_F(OpenDialogFault, OfTheDialogItselfReturnsZeroAndTouchesNothing)
 {
-    const ImportPatch patch(pTarn->Module(), "GetProcAddress",
-                            reinterpret_cast<void*>(&FindAnswer));
-    EXPECT_TRUE(LeavesNothingBehind([this] {
-        g_asked = {0, nullptr, false};
-        EXPECT_EQ(Open(), 0);
-        EXPECT_EQ(g_asked.nCalls, 1);
-        EXPECT_TRUE(IsUntouched());
-    }));
+    ExpectCleanFault(
+        0,
+        [this] {
+            const ImportPatch patch(pTarn->Module(), "GetProcAddress",
+                                    reinterpret_cast<void*>(&FindAnswer));
+            g_asked = {0, nullptr, false};
+            const int nOpened = Open();
+            EXPECT_EQ(g_asked.nCalls, 1);
+            EXPECT_TRUE(IsUntouched());
+            return nOpened;
+        },
+        [this] { ExpectToWork(); });
 }
 
 // The dialog's library is there all the same; what could not be given back is one more reference to it.
@@ -193,13 +206,20 @@ TEST_F(OpenDialogFault, OfKeepingTheDialogsLibraryDoesNotKeepTheDialogAway)
 
 TEST_F(OpenDialogFault, OfTheActiveWindowLeavesTheDialogWithoutAnOwner)
 {
-    const ImportPatch patch(pTarn->Module(), "GetProcAddress",
-                            reinterpret_cast<void*>(&FindAnswer));
-    const FailingCall failing(pTarn->Module(), "GetActiveWindow");
-    g_asked.hOwner = ::GetDesktopWindow();
-    EXPECT_EQ(Open(), 1);
-    EXPECT_EQ(FailingCall::Calls(), 1);
-    EXPECT_EQ(g_asked.hOwner, nullptr);
-    EXPECT_STREQ(buffer, kChosen);
+    ExpectCleanFault(
+        1,
+        [this] {
+            const ImportPatch patch(pTarn->Module(), "GetProcAddress",
+                                    reinterpret_cast<void*>(&FindAnswer));
+            const FailingCall failing(pTarn->Module(), "GetActiveWindow");
+            g_asked.hOwner = ::GetDesktopWindow();
+            const int nOpened = Open();
+            EXPECT_EQ(FailingCall::Calls(), 1);
+            EXPECT_EQ(g_asked.hOwner, nullptr);
+            EXPECT_STREQ(buffer, kChosen);
+            Fill();
+            return nOpened;
+        },
+        [this] { ExpectToWork(); });
 }
 } // namespace

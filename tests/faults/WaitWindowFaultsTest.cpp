@@ -1,8 +1,7 @@
 // The wait window of the built DLL, with each call that it makes of the system failing in turn.
-#include "tests/support/CallersState.h"
+#include "tests/support/CleanFault.h"
 #include "tests/support/FailingCall.h"
 #include "tests/support/LoadedTarn.h"
-#include "tests/support/ResourceCount.h"
 #include "tests/support/TempFolder.h"
 #include "tests/support/WindowDriver.h"
 
@@ -183,18 +182,23 @@ TEST_F(WaitWindowFault, OfAMissingTemplateShowsNothing)
     }
     ASSERT_EQ(nFound, 1);
     WriteBytes(path, bytes);
-    {
-        const LoadedTarn without(path);
-        ASSERT_TRUE(without.IsComplete());
-        for (int i = 0; i < 2; ++i)
-        {
-            EXPECT_EQ(without.DoWaitDlgModless(host.Handle(), kCaption, kText), 0);
-            EXPECT_EQ(FindTopLevel(kCaption), nullptr);
-            EXPECT_EQ(CountDialogs(), 0);
-            EXPECT_EQ(without.CloseWaitDlg(), 0);
-        }
-        ExpectToWork(); // the library that has its template, beside it
-    }
+    ExpectCleanFault(
+        0,
+        [&] {
+            const LoadedTarn without(path);
+            EXPECT_TRUE(without.IsComplete());
+            int nResults = 0;
+            for (int i = 0; i < 2; ++i)
+            {
+                nResults += without.DoWaitDlgModless(host.Handle(), kCaption, kText);
+                EXPECT_EQ(FindTopLevel(kCaption), nullptr);
+                EXPECT_EQ(CountDialogs(), 0);
+                nResults += without.CloseWaitDlg();
+            }
+            ExpectToWork(); // the library that has its template, beside it
+            return nResults;
+        },
+        [this] { ExpectToWork(); });
 }
 
 TEST_F(WaitWindowFault, OfTheTimerLeavesTheWindowUntilItIsClosed)
@@ -241,6 +245,19 @@ TEST_F(WaitWindowFault, OfEndDialogLeavesTheWindowUntilItIsClosed)
     tarn.CloseWaitDlg();
     EXPECT_FALSE(::IsWindow(hWnd));
 }
+
+struct CloseOnAnotherThread
+{
+    const LoadedTarn* pTarn;
+    int nResult;
+
+    static DWORD WINAPI Run(LPVOID pThis)
+    {
+        auto& close = *static_cast<CloseOnAnotherThread*>(pThis);
+        close.nResult = close.pTarn->CloseWaitDlg();
+        return 0;
+    }
+};
 
 HWND g_hHost = nullptr;
 
@@ -351,19 +368,24 @@ TEST_F(WaitWindowFault, OfDestroyWindowLeavesAHiddenWindowThatKnowsNoCodeOfTheLi
 
 TEST_F(WaitWindowFault, OfHidingTheWindowOfAnotherThreadLeavesItVisibleAndInert)
 {
-    HWND const hWnd = Open();
-    ASSERT_NE(hWnd, nullptr);
-    {
-        const FailingCall failing(tarn.Module(), "ShowWindowAsync");
-        DriverThread other([this] { EXPECT_EQ(tarn.CloseWaitDlg(), 0); });
-        other.Join();
-        EXPECT_EQ(FailingCall::Calls(), 1);
-    }
-    PumpOnce();
-    EXPECT_TRUE(::IsWindowVisible(hWnd));
-    EXPECT_EQ(::GetWindowLongPtrA(hWnd, GWLP_USERDATA), 0);
-    EXPECT_TRUE(::DestroyWindow(hWnd));
-    ExpectToWork();
+    ExpectCleanFault(
+        0,
+        [this] {
+            HWND const hWnd = Open();
+            int nClosed = -1;
+            {
+                const FailingCall failing(tarn.Module(), "ShowWindowAsync");
+                DriverThread other([&] { nClosed = tarn.CloseWaitDlg(); });
+                other.Join();
+                EXPECT_EQ(FailingCall::Calls(), 1);
+            }
+            PumpOnce();
+            EXPECT_TRUE(::IsWindowVisible(hWnd));
+            EXPECT_EQ(::GetWindowLongPtrA(hWnd, GWLP_USERDATA), 0);
+            EXPECT_TRUE(::DestroyWindow(hWnd)); // what stays behind
+            return nClosed;
+        },
+        [this] { ExpectToWork(); });
 }
 
 TEST_F(WaitWindowFault, OfBindingTheObjectLeavesAPlainWindowThatCloseDestroys)
@@ -419,34 +441,137 @@ TEST_F(WaitWindowFault, OfFindingTheObjectIsTheSystemsDefaultForThatMessage)
     ExpectToWork();
 }
 
-TEST_F(WaitWindowFault, OfTheParentThatDiesLeavesTheWindowToItsOwner)
+// Handles, windows, threads and heaps as they were; of the rest at most what the system's dialogs have
+// for themselves, a font and a block of memory each. Tried a few times: the system keeps something of
+// its own now and then.
+template <class Action>
+testing::AssertionResult LeavesDataOfDialogsBehind(unsigned int nDialogs, const Action& action)
 {
-    HWND hWnd = nullptr;
+    ResourceCount before;
+    ResourceCount after;
+    for (int nTries = 0; nTries < 5; ++nTries)
     {
-        const HostWindow parent(50, 50, 250, 250);
-        EXPECT_EQ(tarn.DoWaitDlgModless(parent.Handle(), kCaption, kText), 0);
-        hWnd = FindTopLevel(kCaption);
-        ASSERT_NE(hWnd, nullptr);
+        before = ResourceCount::Now();
+        action();
+        after = ResourceCount::Now();
+        if (after.nHandles == before.nHandles && after.nUserObjects == before.nUserObjects &&
+            after.nThreads == before.nThreads && after.nHeaps == before.nHeaps &&
+            after.nGdiObjects <= before.nGdiObjects + nDialogs &&
+            after.nHeapBlocks <= before.nHeapBlocks + nDialogs)
+            return testing::AssertionSuccess();
     }
-    EXPECT_TRUE(::IsWindowVisible(hWnd));
-    Tick(hWnd, kWatchdogTicks - 1);
-    EXPECT_TRUE(::IsWindowVisible(hWnd));
-    EXPECT_EQ(tarn.CloseWaitDlg(), 0);
-    EXPECT_FALSE(::IsWindow(hWnd));
-    ExpectToWork();
+    return testing::AssertionFailure() << "before: " << before << "\nafter: " << after;
 }
 
-// The system destroys the windows of a thread with it.
+// For as long as the window lives: not even its last message reaches the system's own procedure, which
+// would give back what a dialog has.
+TEST_F(WaitWindowFault, OfPassingOnEveryMessageCostsWhatTheSystemKeepsForADialog)
+{
+    for (const char* const pszFunction : {"GetWindowLongPtrA", "CallWindowProcA"})
+    {
+        SCOPED_TRACE(pszFunction);
+        const auto openAndClose = [&] {
+            const CallersState before = CallersState::Now();
+            const FailingCall failing(tarn.Module(), pszFunction);
+            EXPECT_EQ(tarn.DoWaitDlgModless(host.Handle(), kCaption, kText), 0);
+            EXPECT_EQ(CountDialogs(), 1);
+            EXPECT_EQ(tarn.CloseWaitDlg(), 0);
+            EXPECT_EQ(CountDialogs(), 0);
+            EXPECT_GE(FailingCall::Calls(), 1);
+            EXPECT_EQ(CallersState::Now(), before);
+        };
+        ExpectToWork(); // what the system keeps after a first window
+        EXPECT_TRUE(LeavesDataOfDialogsBehind(1, openAndClose));
+        ExpectToWork();
+    }
+}
+
+// The window cannot be told that its object has gone. That the next message would be the end is not
+// tried: it is cut off from the library here as the library could not.
+TEST_F(WaitWindowFault, OfLettingGoOfAWindowLeavesItLeadingToTheLibrary)
+{
+    ExpectCleanFault(
+        0,
+        [this] {
+            HWND const hWnd = Open();
+            const auto nProcedure = ::GetWindowLongPtrA(hWnd, GWLP_WNDPROC);
+            int nClosed = -1;
+            {
+                const FailingCall failing(tarn.Module(), "SetWindowLongPtrA");
+                // Not one that serves this thread's messages while it waits.
+                CloseOnAnotherThread close = {&tarn, -1};
+                HANDLE const hThread =
+                    ::CreateThread(nullptr, 0, &CloseOnAnotherThread::Run, &close, 0, nullptr);
+                EXPECT_EQ(::WaitForSingleObject(hThread, kLimitMilliseconds), WAIT_OBJECT_0);
+                ::CloseHandle(hThread);
+                EXPECT_EQ(FailingCall::Calls(), 3);
+                nClosed = close.nResult;
+            }
+            EXPECT_NE(::GetWindowLongPtrA(hWnd, GWLP_USERDATA), 0);
+            EXPECT_EQ(::GetWindowLongPtrA(hWnd, GWLP_WNDPROC), nProcedure);
+            EXPECT_NE(::GetWindowLongPtrA(hWnd, DWLP_DLGPROC), 0);
+            ::SetWindowLongPtrA(hWnd, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&::DefDlgProcA));
+            ::SetWindowLongPtrA(hWnd, GWLP_USERDATA, 0);
+            ::SetWindowLongPtrA(hWnd, DWLP_DLGPROC, 0);
+            PumpOnce();
+            EXPECT_FALSE(::IsWindowVisible(hWnd));
+            EXPECT_TRUE(::DestroyWindow(hWnd));
+            return nClosed;
+        },
+        [this] { ExpectToWork(); });
+}
+
+TEST_F(WaitWindowFault, OfTheParentThatDiesLeavesTheWindowToItsOwner)
+{
+    ExpectCleanFault(
+        0,
+        [this] {
+            HWND hWnd = nullptr;
+            {
+                const HostWindow parent(50, 50, 250, 250);
+                EXPECT_EQ(tarn.DoWaitDlgModless(parent.Handle(), kCaption, kText), 0);
+                hWnd = FindTopLevel(kCaption);
+            }
+            EXPECT_TRUE(::IsWindowVisible(hWnd));
+            Tick(hWnd, kWatchdogTicks - 1);
+            EXPECT_TRUE(::IsWindowVisible(hWnd));
+            const int nClosed = tarn.CloseWaitDlg();
+            EXPECT_FALSE(::IsWindow(hWnd));
+            return nClosed;
+        },
+        [this] { ExpectToWork(); });
+}
+
+INT_PTR CALLBACK DoNothing(HWND /*hWnd*/, UINT message, WPARAM /*wParam*/, LPARAM /*lParam*/)
+{
+    return message == WM_INITDIALOG;
+}
+
+// The system destroys the windows of a thread with it. It may not give back all that it has for a
+// dialog then: a dialog without any code of the library is the measure.
 TEST_F(WaitWindowFault, OfTheThreadThatEndsTakesTheWindowAndCloseHasNothingToDestroy)
 {
-    HWND hWnd = nullptr;
-    {
+    const auto endWithABareDialog = [this] {
+        HWND hWnd = nullptr;
+        DriverThread other([&] {
+            hWnd = ::CreateDialogParamA(tarn.Module(), MAKEINTRESOURCEA(14000), nullptr, &DoNothing,
+                                        0);
+        });
+        other.Join();
+        EXPECT_NE(hWnd, nullptr);
+        EXPECT_TRUE(WaitFor([hWnd] { return !::IsWindow(hWnd); }));
+    };
+    const unsigned int nKept = LeavesNothingBehind(endWithABareDialog) ? 0 : 1;
+    EXPECT_TRUE(LeavesDataOfDialogsBehind(nKept, [this] {
+        const CallersState before = CallersState::Now();
+        HWND hWnd = nullptr;
         DriverThread other([&] { hWnd = Open(); });
         other.Join();
-    }
-    ASSERT_NE(hWnd, nullptr);
-    EXPECT_TRUE(WaitFor([hWnd] { return !::IsWindow(hWnd); }));
-    EXPECT_EQ(tarn.CloseWaitDlg(), 0);
+        EXPECT_NE(hWnd, nullptr);
+        EXPECT_TRUE(WaitFor([hWnd] { return !::IsWindow(hWnd); }));
+        EXPECT_EQ(tarn.CloseWaitDlg(), 0);
+        EXPECT_EQ(CallersState::Now(), before);
+    }));
     ExpectToWork();
 }
 

@@ -1,7 +1,7 @@
 // Write_ch_config_File of the built DLL. The library is linked statically besides, for the types of
 // the exceptions that leave the DLL.
 #include "tests/install/ChrcModel.h"
-#include "tests/support/CallersState.h"
+#include "tests/support/CleanFault.h"
 #include "tests/support/CurrentFolder.h"
 #include "tests/support/FileHandle.h"
 #include "tests/support/ImportPatch.h"
@@ -42,9 +42,16 @@ protected:
     std::vector<SeenMessageBox> Boxes()
     {
         const std::vector<SeenMessageBox> boxes = m_pDriver->Stop();
-        m_pDriver = std::make_unique<MessageBoxDriver>();
+        StartAnswering();
         return boxes;
     }
+    void StopAnswering()
+    {
+        for (const SeenMessageBox& box : Boxes())
+            ADD_FAILURE() << "an unexpected message box: " << box.text;
+        m_pDriver.reset();
+    }
+    void StartAnswering() { m_pDriver = std::make_unique<MessageBoxDriver>(); }
 
     const LoadedTarn tarn;
     const TempFolder temp;
@@ -53,9 +60,45 @@ private:
     std::unique_ptr<MessageBoxDriver> m_pDriver = std::make_unique<MessageBoxDriver>();
 };
 
+int g_nBoxes = 0;
+
+int WINAPI CountBox(HWND /*hWnd*/, LPCSTR /*pszText*/, LPCSTR /*pszCaption*/, UINT /*nType*/)
+{
+    ++g_nBoxes;
+    return IDOK;
+}
+
 class ChrcExport : public ChrcExportTest<testing::Test>
 {
 protected:
+    // Without a box on the screen: whoever answers it is another thread, which is counted, too.
+    template <class Result, class Call>
+    void ExpectClean(const Result& documented, int nBoxes, const Call& call)
+    {
+        StopAnswering();
+        const std::string path = MakeConfig("Works");
+        ExpectCleanFault(
+            documented,
+            [&] {
+                const ImportPatch patch(tarn.Module(), "MessageBoxA",
+                                        reinterpret_cast<void*>(&CountBox));
+                EXPECT_TRUE(patch.IsActive());
+                g_nBoxes = 0;
+                const Result result = call();
+                EXPECT_EQ(g_nBoxes, nBoxes);
+                return result;
+            },
+            [&] {
+                EXPECT_EQ(Write(temp / "Works"), 1);
+                EXPECT_EQ(ReadBytes(path), FileModel(temp / "Works"));
+            });
+        StartAnswering();
+    }
+    void ExpectToFailCleanly(const std::string& folder)
+    {
+        ExpectClean(0, 1, [&] { return Write(folder); });
+    }
+
     int Write(const std::string& folder) const { return tarn.Write_ch_config_File(folder.c_str()); }
 
     // Makes embedch\config under a folder and returns the start-up file's path.
@@ -330,10 +373,11 @@ TEST_F(ChrcExport, TellsThatAnotherProgramUsesTheFile)
         const FileHandle other(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE);
         ASSERT_TRUE(other.IsOpen());
         EXPECT_EQ(Write(temp / "App"), 0);
+        const std::vector<SeenMessageBox> boxes = Boxes();
+        ASSERT_EQ(boxes.size(), 1U);
+        EXPECT_EQ(boxes[0].text, path + " is in use by another program.");
+        ExpectToFailCleanly(temp / "App");
     }
-    const std::vector<SeenMessageBox> boxes = Boxes();
-    ASSERT_EQ(boxes.size(), 1U);
-    EXPECT_EQ(boxes[0].text, path + " is in use by another program.");
     EXPECT_EQ(ReadBytes(path), "old");
 }
 
@@ -348,7 +392,23 @@ TEST_F(ChrcExport, TellsThatAReadOnlyFileIsDenied)
     const std::vector<SeenMessageBox> boxes = Boxes();
     ASSERT_EQ(boxes.size(), 1U);
     EXPECT_EQ(boxes[0].text, "Access was denied to " + path + ".");
+    ExpectToFailCleanly(temp / "App");
     EXPECT_EQ(ReadBytes(path), "old");
+}
+
+// Run by read_only_test.sh, which also makes the folder, with an embedch\config.
+TEST_F(ChrcExport, TellsThatAFolderThatTheUserMayNotWriteToIsDenied)
+{
+    const char* const pszFolder = std::getenv("TARN_DENIED_FOLDER");
+    if (pszFolder == nullptr)
+        GTEST_SKIP() << "no such folder; see read_only_test.sh";
+    const std::string folder(pszFolder);
+    EXPECT_EQ(Write(folder), 0);
+    const std::vector<SeenMessageBox> boxes = Boxes();
+    ASSERT_EQ(boxes.size(), 1U);
+    EXPECT_EQ(boxes[0].text, "Access was denied to " + folder + "\\embedch\\config\\chrc.");
+    ExpectToFailCleanly(folder);
+    EXPECT_EQ(TempFolder::Listing(folder + "\\embedch\\config"), "");
 }
 
 TEST_F(ChrcExport, FailsWithABoxForAFolderThatIsTooLong)
@@ -358,23 +418,24 @@ TEST_F(ChrcExport, FailsWithABoxForAFolderThatIsTooLong)
     ASSERT_EQ(boxes.size(), 1U);
     EXPECT_NE(boxes[0].text.find(temp.Path()), std::string::npos);
     EXPECT_EQ(temp.Listing(), "");
+    ExpectToFailCleanly(temp / std::string(40000, 'x'));
 }
 
 TEST_F(ChrcExport, ThrowsAFileExceptionForAShortWriteAndClosesTheFile)
 {
     const std::string path = MakeConfig("App");
-    const ImportPatch patch(tarn.Module(), "WriteFile", reinterpret_cast<void*>(&ShortWriteFile));
-    ASSERT_TRUE(patch.IsActive());
-    const Recorder recorder(tarn.Module());
-    const CallersState before = CallersState::Now();
-    const Caught caught = CatchFrom(tarn, temp / "App");
-    EXPECT_EQ(CallersState::Now(), before);
-    EXPECT_TRUE(caught.bFileException);
-    EXPECT_EQ(caught.cause, CFileException::diskFull);
-    EXPECT_EQ(caught.fileName, path);
-    EXPECT_EQ(g_nWrites, 1);
-    EXPECT_TRUE(IsClosed(path));
-    EXPECT_TRUE(Boxes().empty());
+    ExpectClean(true, 0, [&] {
+        const ImportPatch patch(tarn.Module(), "WriteFile",
+                                reinterpret_cast<void*>(&ShortWriteFile));
+        EXPECT_TRUE(patch.IsActive());
+        const Recorder recorder(tarn.Module());
+        const Caught caught = CatchFrom(tarn, temp / "App");
+        EXPECT_EQ(caught.cause, CFileException::diskFull);
+        EXPECT_EQ(caught.fileName, path);
+        EXPECT_EQ(g_nWrites, 1);
+        EXPECT_TRUE(IsClosed(path));
+        return caught.bFileException;
+    });
 }
 
 TEST_F(ChrcExport, ThrowsAFileExceptionForAFailedWriteAndClosesTheFile)
@@ -390,39 +451,41 @@ TEST_F(ChrcExport, ThrowsAFileExceptionForAFailedWriteAndClosesTheFile)
         {ERROR_ACCESS_DENIED, CFileException::accessDenied},
     };
     const std::string path = MakeConfig("App");
-    const ImportPatch patch(tarn.Module(), "WriteFile", reinterpret_cast<void*>(&FailingWriteFile));
-    ASSERT_TRUE(patch.IsActive());
     for (const auto& c : kCases)
     {
-        g_nError = c.nError;
-        const CallersState before = CallersState::Now();
-        const Caught caught = CatchFrom(tarn, temp / "App");
-        EXPECT_EQ(CallersState::Now(), before);
-        EXPECT_TRUE(caught.bFileException);
-        EXPECT_EQ(caught.cause, c.cause);
-        EXPECT_EQ(caught.lOsError, static_cast<LONG>(c.nError));
-        EXPECT_EQ(caught.fileName, path);
-        EXPECT_TRUE(IsClosed(path));
+        SCOPED_TRACE(c.nError);
+        ExpectClean(true, 0, [&] {
+            const ImportPatch patch(tarn.Module(), "WriteFile",
+                                    reinterpret_cast<void*>(&FailingWriteFile));
+            EXPECT_TRUE(patch.IsActive());
+            g_nError = c.nError;
+            const Caught caught = CatchFrom(tarn, temp / "App");
+            EXPECT_EQ(caught.cause, c.cause);
+            EXPECT_EQ(caught.lOsError, static_cast<LONG>(c.nError));
+            EXPECT_EQ(caught.fileName, path);
+            EXPECT_TRUE(IsClosed(path));
+            return caught.bFileException;
+        });
     }
 }
 
 TEST_F(ChrcExport, ThrowsAFileExceptionWhenTheFileCannotBeClosed)
 {
     const std::string path = MakeConfig("App");
-    const Recorder recorder(tarn.Module());
-    const ImportPatch patch(tarn.Module(), "CloseHandle",
-                            reinterpret_cast<void*>(&FailingCloseHandle));
-    ASSERT_TRUE(patch.IsActive());
-    g_nError = ERROR_DISK_FULL;
-    const CallersState before = CallersState::Now();
-    const Caught caught = CatchFrom(tarn, temp / "App");
-    EXPECT_EQ(CallersState::Now(), before);
-    EXPECT_TRUE(caught.bFileException);
-    EXPECT_EQ(caught.cause, CFileException::diskFull);
-    EXPECT_EQ(caught.lOsError, ERROR_DISK_FULL);
-    EXPECT_EQ(caught.fileName, path);
-    EXPECT_EQ(g_nCloses, 1) << "a handle's number may be another file's by the second time";
-    EXPECT_EQ(ReadBytes(path), FileModel(temp / "App"));
+    ExpectClean(true, 0, [&] {
+        const Recorder recorder(tarn.Module());
+        const ImportPatch patch(tarn.Module(), "CloseHandle",
+                                reinterpret_cast<void*>(&FailingCloseHandle));
+        EXPECT_TRUE(patch.IsActive());
+        g_nError = ERROR_DISK_FULL;
+        const Caught caught = CatchFrom(tarn, temp / "App");
+        EXPECT_EQ(caught.cause, CFileException::diskFull);
+        EXPECT_EQ(caught.lOsError, ERROR_DISK_FULL);
+        EXPECT_EQ(caught.fileName, path);
+        EXPECT_EQ(g_nCloses, 1) << "a handle's number may be another file's by the second time";
+        EXPECT_EQ(ReadBytes(path), FileModel(temp / "App"));
+        return caught.bFileException;
+    });
 }
 
 TEST_F(ChrcExport, ThrowsForAFolderOfSeparatorsOnlyAndOpensNothing)
@@ -510,13 +573,13 @@ TEST_F(ChrcExport, ThrowsAFileExceptionOnAFullDisk)
     folder.insert(folder.rfind('\\'), std::string(220 - folder.size(), '\\'));
     ASSERT_GT(FileModel(folder).size(), 2048U);
     const std::string path = folder + "\\embedch\\config\\chrc";
-    const CallersState before = CallersState::Now();
-    const Caught caught = CatchFrom(tarn, folder);
-    EXPECT_EQ(CallersState::Now(), before);
-    EXPECT_TRUE(caught.bFileException);
-    EXPECT_EQ(caught.cause, CFileException::diskFull);
-    EXPECT_EQ(caught.fileName, path);
-    EXPECT_TRUE(IsClosed(path));
+    ExpectClean(true, 0, [&] {
+        const Caught caught = CatchFrom(tarn, folder);
+        EXPECT_EQ(caught.cause, CFileException::diskFull);
+        EXPECT_EQ(caught.fileName, path);
+        EXPECT_TRUE(IsClosed(path));
+        return caught.bFileException;
+    });
     EXPECT_LT(ReadBytes(path).size(), FileModel(folder).size());
     EXPECT_TRUE(Boxes().empty());
 }

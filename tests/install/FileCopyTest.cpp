@@ -1,5 +1,5 @@
 // FileCopy of the built DLL, on real files.
-#include "tests/support/CallersState.h"
+#include "tests/support/CleanFault.h"
 #include "tests/support/CodePage932.h"
 #include "tests/support/CurrentFolder.h"
 #include "tests/support/FileHandle.h"
@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <random>
 #include <string>
 
@@ -35,6 +36,19 @@ protected:
     int Copy(const std::string& from, const std::string& folder) const
     {
         return tarn.FileCopy(from.c_str(), folder.c_str());
+    }
+    // What makes it fail is not in the way of another file, which is removed again.
+    void ExpectToFailCleanly(const std::string& from, const std::string& folder) const
+    {
+        ExpectCleanFault(
+            0, [&] { return Copy(from, folder); },
+            [&] {
+                WriteBytes(source + "\\b.txt", "works");
+                EXPECT_EQ(Copy(source + "\\b.txt", target + "\\"), 1);
+                EXPECT_EQ(ReadBytes(target + "\\b.txt"), "works");
+                ::DeleteFileA((source + "\\b.txt").c_str());
+                ::DeleteFileA((target + "\\b.txt").c_str());
+            });
     }
 
     static constexpr const char* kText = "the text of a.txt\r\n";
@@ -251,7 +265,7 @@ TEST_F(FileCopy, FailsWhenAnotherProgramHoldsTheDestinationOpen)
     {
         const FileHandle other(target + "\\a.txt", GENERIC_READ, FILE_SHARE_READ);
         ASSERT_TRUE(other.IsOpen());
-        EXPECT_EQ(Copy(source + "\\a.txt", target + "\\"), 0);
+        ExpectToFailCleanly(source + "\\a.txt", target + "\\");
     }
     EXPECT_EQ(ReadBytes(target + "\\a.txt"), "old");
 }
@@ -278,9 +292,32 @@ TEST_F(FileCopy, FailsWhenTheDestinationIsReadOnly)
     ASSERT_TRUE(::SetFileAttributesA(copy.c_str(), FILE_ATTRIBUTE_READONLY));
     if (!BindsReadOnly(copy))
         GTEST_SKIP() << "this user may write to read-only files";
-    EXPECT_EQ(Copy(source + "\\a.txt", target + "\\"), 0);
+    ExpectToFailCleanly(source + "\\a.txt", target + "\\");
     EXPECT_EQ(ReadBytes(copy), "old");
     EXPECT_NE(::GetFileAttributesA(copy.c_str()) & FILE_ATTRIBUTE_READONLY, 0U);
+}
+
+// Run by read_only_test.sh, which also makes folder and file.
+TEST_F(FileCopy, FailsInAFolderThatTheUserMayNotWriteTo)
+{
+    const char* const pszFolder = std::getenv("TARN_DENIED_FOLDER");
+    if (pszFolder == nullptr)
+        GTEST_SKIP() << "no such folder; see read_only_test.sh";
+    const std::string folder(pszFolder);
+    const std::string listing = TempFolder::Listing(folder);
+    ASSERT_NE(listing, "(unreadable)");
+    ExpectToFailCleanly(source + "\\a.txt", folder + "\\");
+    EXPECT_EQ(TempFolder::Listing(folder), listing);
+}
+
+TEST_F(FileCopy, FailsForASourceThatTheUserMayNotRead)
+{
+    const char* const pszFile = std::getenv("TARN_DENIED_FILE");
+    if (pszFile == nullptr)
+        GTEST_SKIP() << "no such file; see read_only_test.sh";
+    ASSERT_TRUE(Exists(pszFile)) << "it is there to be seen";
+    ExpectToFailCleanly(pszFile, target + "\\");
+    EXPECT_EQ(TempFolder::Listing(target), "");
 }
 
 // Windows refuses; what else runs Windows programs may not. The system's own answer is the measure.
@@ -315,11 +352,11 @@ TEST_F(FileCopy, DoesNoHarmToAFileThatIsCopiedToItself)
 TEST_F(FileCopy, FailsForPathsThatAreTooLong)
 {
     const std::string name(40000, 'x');
-    EXPECT_EQ(Copy(source + "\\" + name, target + "\\"), 0);
-    EXPECT_EQ(Copy(source + "\\a.txt", target + "\\" + name), 0);
-    EXPECT_EQ(Copy(source + "\\a.txt", target + "\\" + name + "\\"), 0);
-    EXPECT_EQ(Copy(name, name), 0);
-    EXPECT_EQ(Copy(source + "\\" + std::string(40000, '\xE9'), target + "\\"), 0);
+    ExpectToFailCleanly(source + "\\" + name, target + "\\");
+    ExpectToFailCleanly(source + "\\a.txt", target + "\\" + name);
+    ExpectToFailCleanly(source + "\\a.txt", target + "\\" + name + "\\");
+    ExpectToFailCleanly(name, name);
+    ExpectToFailCleanly(source + "\\" + std::string(40000, '\xE9'), target + "\\");
     EXPECT_EQ(TempFolder::Listing(target), "");
     EXPECT_EQ(temp.Listing(), "source|target");
 }

@@ -1,5 +1,5 @@
 // PutInRunOnce of the built DLL, read back from the registry.
-#include "tests/support/CallersState.h"
+#include "tests/support/CleanFault.h"
 #include "tests/support/CodePage932.h"
 #include "tests/support/ImportPatch.h"
 #include "tests/support/LoadedTarn.h"
@@ -16,15 +16,6 @@ namespace
 {
 constexpr char kRunOnce[] = "Software\\Microsoft\\Windows\\CurrentVersion\\RunOnce";
 constexpr char kRun[] = "Software\\Microsoft\\Windows\\CurrentVersion\\Run";
-
-void MakeKey(const char* pszKey)
-{
-    HKEY hKey = nullptr;
-    ASSERT_EQ(::RegCreateKeyExA(HKEY_CURRENT_USER, pszKey, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,
-                                &hKey, nullptr),
-              ERROR_SUCCESS);
-    ::RegCloseKey(hKey);
-}
 
 void SetValue(const char* pszKey, const char* pszName, DWORD nType, const std::string& bytes)
 {
@@ -137,7 +128,13 @@ protected:
     void SetUp() override
     {
         ASSERT_TRUE(tarn.IsComplete());
-        MakeKey(kRunOnce);
+        ASSERT_TRUE(MakeKey(kRunOnce));
+    }
+    void ExpectToWork() const
+    {
+        EXPECT_EQ(tarn.PutInRunOnce("After all", "works"), 1);
+        ExpectStored("After all", "works");
+        EXPECT_EQ(::RegDeleteKeyValueA(HKEY_CURRENT_USER, kRunOnce, "After all"), ERROR_SUCCESS);
     }
 
     const LoadedTarn tarn;
@@ -192,7 +189,7 @@ TEST_F(RunOnce, ReplacesAValueOfAnotherType)
 
 TEST_F(RunOnce, LeavesOtherValuesAndKeysAlone)
 {
-    MakeKey(kRun);
+    ASSERT_TRUE(MakeKey(kRun));
     SetValue(kRunOnce, "Other", REG_DWORD, "1234");
     EXPECT_EQ(tarn.PutInRunOnce("Name", "command"), 1);
     EXPECT_EQ(ReadValue(kRunOnce, "Other").bytes, "1234");
@@ -226,19 +223,32 @@ TEST_F(RunOnce, StoresAVeryLongCommandWhole)
 
 TEST_F(RunOnce, FailsWhenTheNameIsTooLongForTheRegistry)
 {
-    EXPECT_EQ(tarn.PutInRunOnce(std::string(40000, 'n').c_str(), "command"), 0);
-    EXPECT_EQ(CountValues(kRunOnce), 0U);
+    const std::string name(40000, 'n');
+    ExpectCleanFault(
+        0, [&] { return tarn.PutInRunOnce(name.c_str(), "command"); },
+        [&] {
+            EXPECT_EQ(CountValues(kRunOnce), 0U);
+            ExpectToWork();
+        });
 }
 
 TEST_F(RunOnce, DoesNotMakeAMissingKey)
 {
+    const auto put = [&] { return tarn.PutInRunOnce("Name", "command"); };
+    const auto makeAndPut = [&] {
+        ASSERT_TRUE(MakeKey(kRunOnce));
+        ExpectToWork();
+    };
     ASSERT_EQ(::RegDeleteKeyA(HKEY_CURRENT_USER, kRunOnce), ERROR_SUCCESS);
-    EXPECT_EQ(tarn.PutInRunOnce("Name", "command"), 0);
-    EXPECT_FALSE(KeyExists(kRunOnce));
-
+    ExpectCleanFault(0, put, [&] {
+        EXPECT_FALSE(KeyExists(kRunOnce));
+        makeAndPut();
+    });
     ASSERT_EQ(::RegDeleteTreeA(HKEY_CURRENT_USER, "Software"), ERROR_SUCCESS);
-    EXPECT_EQ(tarn.PutInRunOnce("Name", "command"), 0);
-    EXPECT_FALSE(KeyExists("Software"));
+    ExpectCleanFault(0, put, [&] {
+        EXPECT_FALSE(KeyExists("Software"));
+        makeAndPut();
+    });
 }
 
 TEST_F(RunOnce, DoesNotLookAtTheCommandWhenTheKeyIsMissing)
@@ -264,26 +274,39 @@ TEST_F(RunOnce, OpensTheUsersKeyWithFullAccessSetsTheValueAndClosesIt)
 
 TEST_F(RunOnce, FailsWhenTheKeyCannotBeOpened)
 {
-    const Recorder recorder(tarn.Module());
     for (const LSTATUS nError : {ERROR_ACCESS_DENIED, ERROR_FILE_NOT_FOUND, ERROR_KEY_DELETED})
     {
-        g_nOpenResult = nError;
-        EXPECT_EQ(tarn.PutInRunOnce("Name", "command"), 0);
+        SCOPED_TRACE(nError);
+        ExpectCleanFault(
+            0,
+            [&] {
+                const Recorder recorder(tarn.Module());
+                g_nOpenResult = nError;
+                const int nPut = tarn.PutInRunOnce("Name", "command");
+                EXPECT_EQ(g_nSet, 0);
+                EXPECT_EQ(g_nClosed, 0) << "there is no key to close";
+                EXPECT_EQ(CountValues(kRunOnce), 0U);
+                return nPut;
+            },
+            [&] { ExpectToWork(); });
     }
-    EXPECT_EQ(g_nSet, 0);
-    EXPECT_EQ(g_nClosed, 0) << "there is no key to close";
-    EXPECT_EQ(CountValues(kRunOnce), 0U);
 }
 
 TEST_F(RunOnce, FailsAndClosesTheKeyWhenTheValueCannotBeSet)
 {
-    const Recorder recorder(tarn.Module());
-    g_nSetResult = ERROR_ACCESS_DENIED;
-    EXPECT_EQ(tarn.PutInRunOnce("Name", "command"), 0);
-    EXPECT_EQ(g_nOpened, 1);
-    EXPECT_EQ(g_nSet, 1);
-    EXPECT_EQ(g_nClosed, 1);
-    EXPECT_EQ(CountValues(kRunOnce), 0U);
+    ExpectCleanFault(
+        0,
+        [&] {
+            const Recorder recorder(tarn.Module());
+            g_nSetResult = ERROR_ACCESS_DENIED;
+            const int nPut = tarn.PutInRunOnce("Name", "command");
+            EXPECT_EQ(g_nOpened, 1);
+            EXPECT_EQ(g_nSet, 1);
+            EXPECT_EQ(g_nClosed, 1);
+            EXPECT_EQ(CountValues(kRunOnce), 0U);
+            return nPut;
+        },
+        [&] { ExpectToWork(); });
 }
 
 // No system of today says so for a text that fits into memory: the answers are made up.
@@ -291,21 +314,22 @@ TEST_F(RunOnce, FailsAndKeepsTheOldValueWhenTheNewOneIsTooLarge)
 {
     SetValue(kRunOnce, "Name", REG_SZ, std::string("old") + '\0');
     const std::string command(100000, 'y');
+    for (const LSTATUS nError :
+         {ERROR_NO_SYSTEM_RESOURCES, ERROR_NOT_ENOUGH_QUOTA, ERROR_INVALID_PARAMETER})
     {
-        const Recorder recorder(tarn.Module());
-        const CallersState before = CallersState::Now();
-        const int nBefore = CountOpenHandles();
-        for (const LSTATUS nError :
-             {ERROR_NO_SYSTEM_RESOURCES, ERROR_NOT_ENOUGH_QUOTA, ERROR_INVALID_PARAMETER})
-        {
-            g_nSetResult = nError;
-            EXPECT_EQ(tarn.PutInRunOnce("Name", command.c_str()), 0);
-            EXPECT_EQ(g_cbData, command.size() + 1);
-        }
-        EXPECT_EQ(g_nSet, 3);
-        EXPECT_EQ(g_nClosed, 3);
-        EXPECT_EQ(CountOpenHandles(), nBefore);
-        EXPECT_EQ(CallersState::Now(), before);
+        SCOPED_TRACE(nError);
+        ExpectCleanFault(
+            0,
+            [&] {
+                const Recorder recorder(tarn.Module());
+                g_nSetResult = nError;
+                const int nPut = tarn.PutInRunOnce("Name", command.c_str());
+                EXPECT_EQ(g_cbData, command.size() + 1);
+                EXPECT_EQ(g_nSet, 1);
+                EXPECT_EQ(g_nClosed, 1);
+                return nPut;
+            },
+            [&] { ExpectToWork(); });
     }
     ExpectStored("Name", "old");
     EXPECT_EQ(tarn.PutInRunOnce("Name", command.c_str()), 1);
@@ -314,10 +338,17 @@ TEST_F(RunOnce, FailsAndKeepsTheOldValueWhenTheNewOneIsTooLarge)
 
 TEST_F(RunOnce, DoesNotCareWhetherTheKeyCouldBeClosed)
 {
-    const Recorder recorder(tarn.Module());
-    g_nCloseResult = ERROR_INVALID_HANDLE;
-    EXPECT_EQ(tarn.PutInRunOnce("Name", "command"), 1);
-    ExpectStored("Name", "command");
+    ExpectCleanFault(
+        1,
+        [&] {
+            const Recorder recorder(tarn.Module());
+            g_nCloseResult = ERROR_INVALID_HANDLE;
+            const int nPut = tarn.PutInRunOnce("Name", "command");
+            EXPECT_EQ(g_nClosed, 1);
+            ExpectStored("Name", "command");
+            return nPut;
+        },
+        [&] { ExpectToWork(); });
 }
 
 // The right to set values alone is not enough, although nothing else is done with the key.
@@ -341,13 +372,15 @@ TEST_F(RunOnce, FailsWhenTheUserMayNotOpenTheKeyWithFullAccess)
     ::FreeSid(pEveryone);
 
     SetValue(kRunOnce, "Allowed", REG_SZ, "x"); // so it is the asked-for access that fails
-    EXPECT_EQ(tarn.PutInRunOnce("Name", "command"), 0);
-    EXPECT_FALSE(ReadValue(kRunOnce, "Name").bExists);
+    ExpectCleanFault(
+        0, [&] { return tarn.PutInRunOnce("Name", "command"); },
+        [] { EXPECT_FALSE(ReadValue(kRunOnce, "Name").bExists); });
 
     // The key must be deletable again; its owner may always say so.
     ASSERT_TRUE(::SetSecurityDescriptorDacl(&descriptor, TRUE, nullptr, FALSE));
     EXPECT_EQ(::RegSetKeySecurity(hKey, DACL_SECURITY_INFORMATION, &descriptor), ERROR_SUCCESS);
     ::RegCloseKey(hKey);
+    ExpectToWork();
 }
 
 TEST_F(RunOnce, LeavesNoKeyOpen)
@@ -407,7 +440,7 @@ protected:
 
 TEST_F(RunOnceCodePage932, StoresDoubleByteTexts)
 {
-    MakeKey(kRunOnce);
+    ASSERT_TRUE(MakeKey(kRunOnce));
     EXPECT_EQ(tarn.PutInRunOnce("\x95\x5C", "C:\\\x83\x5C\\\x94\x5C.exe"), 1);
     ExpectStored("\x95\x5C", "C:\\\x83\x5C\\\x94\x5C.exe");
 }

@@ -1,6 +1,7 @@
 #!/bin/bash
-# read_only_test.sh WINE_DIR PROGRAM... - runs what the programs test of read-only files as a user whom
-# read-only files bind. They do not bind root, for whom a prefix of another user's is made.
+# read_only_test.sh WINE_DIR PROGRAM... - runs what the programs test of read-only files, of a folder
+# that may not be written to and of a file that may not be read, as a user whom these bind. They do not
+# bind root, for whom a prefix of another user's is made.
 set -eu -o pipefail
 here=$(cd "$(dirname "$0")" && pwd)
 cmake=$here/../../cmake
@@ -37,11 +38,22 @@ TARN_WINE_DIR=$1
 shift
 # shellcheck source=cmake/wine-env.sh
 . "$cmake/wine-env.sh"
-[ -z "${TARN_STOP_WINE:-}" ] || trap wine_stop EXIT
 output=$(mktemp)
+denied=$(mktemp -d)
+cleanup() {
+    [ -z "${TARN_STOP_WINE:-}" ] || wine_stop
+    chmod -R u+w "$denied"
+    rm -rf "$output" "$denied"
+}
+trap cleanup EXIT
+mkdir -p "$denied/folder/embedch/config"
+echo text > "$denied/file.txt"
+chmod -R a-w "$denied/folder"
+chmod 000 "$denied/file.txt"
+export TARN_DENIED_FOLDER=Z:${denied//\//\\}\\folder TARN_DENIED_FILE=Z:${denied//\//\\}\\file.txt
 for program; do
     rc=0
-    bash "$cmake/wine-run.sh" "$TARN_WINE_DIR" "$program" --gtest_filter='*ReadOnly*' \
+    bash "$cmake/wine-run.sh" "$TARN_WINE_DIR" "$program" --gtest_filter='*ReadOnly*:*MayNot*' \
         > "$output" 2>&1 || rc=$?
     cat "$output"
     [ "$rc" = 0 ]
@@ -49,4 +61,3 @@ for program; do
     grep -q '^\[  PASSED  \] [1-9]' "$output"
     ! grep -q '^\[  SKIPPED \]' "$output" || exit 1
 done
-rm -f "$output"

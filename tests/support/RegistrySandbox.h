@@ -40,6 +40,16 @@ struct RegistryValue
     std::string bytes; // with the terminating zero, if one is stored
 };
 
+inline bool MakeKey(const char* pszKey)
+{
+    HKEY hKey = nullptr;
+    const bool bMade = ::RegCreateKeyExA(HKEY_CURRENT_USER, pszKey, 0, nullptr, 0, KEY_ALL_ACCESS,
+                                         nullptr, &hKey, nullptr) == ERROR_SUCCESS;
+    if (bMade)
+        ::RegCloseKey(hKey);
+    return bMade;
+}
+
 inline bool KeyExists(const char* pszKey)
 {
     HKEY hKey = nullptr;
