@@ -541,6 +541,40 @@ TEST(JobFault, OfTheOwnerThatDiesEndsTheWaitAndLeavesTheJobAlone)
     });
 }
 
+HeldJob* g_pJobToEnd = nullptr;
+
+DWORD WINAPI LookAndThenEndTheJob(HANDLE hObject, DWORD nMilliseconds)
+{
+    const DWORD nResult = WaitIfValid(hObject, nMilliseconds);
+    if (nMilliseconds == 0 && g_pJobToEnd != nullptr)
+    {
+        ::SetEvent(g_pJobToEnd->hMayEnd);
+        EXPECT_TRUE(g_pJobToEnd->WorkerHasEnded());
+        g_pJobToEnd = nullptr;
+    }
+    return nResult;
+}
+
+// When the dialog looks, the job still runs; when it then wants to leave its object to the job, that has
+// ended, and the object is the dialog's to delete.
+TEST(JobRace, BetweenEnterAndTheEndOfTheJobLeavesNothingBehind)
+{
+    ExpectCleanRound([](const LoadedJobs& jobs) {
+        HeldJob job;
+        const ImportPatch patch(jobs.Module(), "WaitForSingleObject",
+                                reinterpret_cast<void*>(&LookAndThenEndTheJob));
+        ASSERT_TRUE(patch.IsActive());
+        DriverThread driver([&job] {
+            HWND const hWnd = WaitForDialog();
+            EXPECT_TRUE(job.HasStarted());
+            g_pJobToEnd = &job;
+            PostKey(hWnd, VK_RETURN);
+        });
+        EXPECT_EQ(jobs.Run(&HeldJob::Run, &job), 0);
+        EXPECT_EQ(g_pJobToEnd, nullptr) << "nobody looked";
+    });
+}
+
 TEST(JobUnload, WhileAJobRunsByItselfWaitsForTheJob)
 {
     EXPECT_TRUE(LeavesNothingBehind([] {

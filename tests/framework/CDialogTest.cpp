@@ -1,4 +1,5 @@
 // CDialog: commands, and what its handlers throw.
+#include <afxdlgs.h>
 #include <afxwin.h>
 
 #include "tests/support/WindowDriver.h"
@@ -93,6 +94,48 @@ TEST(CDialog, LetsNoExceptionOutToTheSystem)
         EXPECT_TRUE(::IsWindow(dlg.GetSafeHwnd()));
         dlg.DestroyWindow();
     }
+}
+
+TEST(CDialog, IsMovedWithinTheOrderThatItIsIn)
+{
+    TestDialog dlg;
+    ASSERT_TRUE(dlg.Create(IDD_WAITDLG));
+    EXPECT_TRUE(dlg.SetWindowPos(nullptr, 30, 40, 0, 0, SWP_NOSIZE | SWP_NOZORDER));
+    RECT rc = {};
+    ASSERT_TRUE(::GetWindowRect(dlg.GetSafeHwnd(), &rc));
+    EXPECT_EQ(rc.left, 30);
+    EXPECT_EQ(rc.top, 40);
+    dlg.DestroyWindow();
+}
+
+TEST(CFileDialog, StartsWithWhatItIsGiven)
+{
+    CFileDialog bare(TRUE);
+    EXPECT_EQ(bare.GetOFN().lStructSize, sizeof(OPENFILENAMEA));
+    EXPECT_STREQ(bare.GetOFN().lpstrFile, "");
+    EXPECT_EQ(bare.GetOFN().lpstrFilter, nullptr);
+    CFileDialog given(TRUE, "txt", "a.txt", OFN_FILEMUSTEXIST, "Text|*.txt||", nullptr,
+                      OPENFILENAME_SIZE_VERSION_400A);
+    EXPECT_EQ(given.GetOFN().lStructSize, static_cast<DWORD>(OPENFILENAME_SIZE_VERSION_400A));
+    EXPECT_STREQ(given.GetOFN().lpstrFile, "a.txt");
+    EXPECT_STREQ(given.GetOFN().lpstrDefExt, "txt");
+    EXPECT_STREQ(given.GetOFN().lpstrFilter, "Text");
+    EXPECT_NE(given.GetOFN().Flags & OFN_FILEMUSTEXIST, 0U);
+}
+
+TEST(CCmdTarget, IsTheEndOfEveryChainOfMaps)
+{
+    class OpenTarget : public CCmdTarget
+    {
+    public:
+        using CCmdTarget::GetMessageMap;
+    };
+    const OpenTarget target;
+    const AFX_MSGMAP* const pMap = target.GetMessageMap();
+    ASSERT_NE(pMap, nullptr);
+    EXPECT_EQ(pMap->pfnGetBaseMap, nullptr);
+    EXPECT_EQ(pMap->lpEntries[0].pfnMessage, nullptr);
+    EXPECT_EQ(pMap->lpEntries[0].pfnTimer, nullptr);
 }
 
 TEST(CWnd, OfNoObjectIsLeftToTheSystem)

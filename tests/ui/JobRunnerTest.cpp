@@ -66,6 +66,46 @@ UINT_PTR WINAPI NoteTimer(HWND /*hWnd*/, UINT_PTR nID, UINT nMilliseconds, TIMER
     return nID;
 }
 
+// A block, and the window that a job puts into it, as a dialog does whose worker was not to be terminated.
+struct Contest
+{
+    WaitJobBlock block = {};
+    HWND hWnd = nullptr;
+    volatile LONG bOver = FALSE;
+    int nTaken = 0; // by somebody else than the worker
+
+    HWND Exchange(HWND hWndNew)
+    {
+        return static_cast<HWND>(
+            ::InterlockedExchangePointer(reinterpret_cast<void* volatile*>(&block.hWnd), hWndNew));
+    }
+    static LONGLONG PutWindowBack(void* pArg, HWND /*hWnd*/)
+    {
+        auto& contest = *static_cast<Contest*>(pArg);
+        contest.Exchange(contest.hWnd);
+        return 1;
+    }
+};
+
+// In the place of Sleep: the window comes back while the worker sleeps for the third time.
+Contest* g_pAsleep = nullptr;
+int g_nSleeps = 0;
+void WINAPI PutWindowBackAtLast(DWORD nMilliseconds)
+{
+    EXPECT_GT(nMilliseconds, 0U);
+    if (++g_nSleeps == 3)
+        g_pAsleep->Exchange(g_pAsleep->hWnd);
+}
+
+int CountJobsDone(HWND hWnd)
+{
+    int nMessages = 0;
+    MSG msg = {};
+    while (::PeekMessageA(&msg, hWnd, WM_WAITDLG_JOBDONE, WM_WAITDLG_JOBDONE, PM_REMOVE))
+        ++nMessages;
+    return nMessages;
+}
+
 // The dialog with its protected operations in reach.
 class OpenDialog : public CWaitDlgModless
 {
@@ -179,6 +219,52 @@ TEST(WaitDialog, HasAWorkerProcedureThatGivesAMarkToNoJobForAWindow)
         EXPECT_EQ(late.block.nResult, 1);
         EXPECT_EQ(late.hWnd, nullptr) << nMark;
     }
+}
+
+TEST(WaitDialog, HasAWorkerProcedureThatSleepsWhileItIsAboutToBeTerminated)
+{
+    const HostWindow host(0, 0, 10, 10);
+    Contest contest;
+    contest.hWnd = host.Handle();
+    const WaitJobProc pfnJob = [](void* pArg, HWND /*hWnd*/) -> LONGLONG {
+        static_cast<Contest*>(pArg)->Exchange(reinterpret_cast<HWND>(INT_PTR{-1}));
+        return 1;
+    };
+    contest.block = {host.Handle(), &contest, 0, pfnJob};
+    g_pAsleep = &contest;
+    g_nSleeps = 0;
+    const ImportPatch patch(::GetModuleHandleA(nullptr), "Sleep",
+                            reinterpret_cast<void*>(&PutWindowBackAtLast));
+    ASSERT_TRUE(patch.IsActive());
+    EXPECT_EQ(WaitDlgThreadProc(&contest.block), 0U);
+    EXPECT_EQ(g_nSleeps, 3);
+    EXPECT_EQ(CountJobsDone(host.Handle()), 1) << "it was not terminated after all";
+    EXPECT_EQ(contest.block.hWnd, nullptr);
+}
+
+// The dialog's thread may take the window at any instant: one of the two has it, never both.
+TEST(WaitDialog, HasAWorkerProcedureThatTakesTheWindowUnlessSomebodyElseHasIt)
+{
+    constexpr int kRounds = 5000;
+    const HostWindow host(0, 0, 10, 10);
+    Contest contest;
+    contest.hWnd = host.Handle();
+    int nPosted = 0;
+    {
+        DriverThread driver([&contest] {
+            while (!contest.bOver)
+                contest.nTaken += contest.Exchange(nullptr) == contest.hWnd ? 1 : 0;
+        });
+        for (int i = 0; i < kRounds; ++i)
+        {
+            contest.block = {nullptr, &contest, 0, &Contest::PutWindowBack};
+            EXPECT_EQ(WaitDlgThreadProc(&contest.block), 0U);
+            nPosted += CountJobsDone(host.Handle());
+        }
+        contest.bOver = TRUE;
+    }
+    EXPECT_EQ(nPosted + contest.nTaken, kRounds);
+    std::printf("of %d windows, the worker took %d\n", kRounds, nPosted);
 }
 
 TEST(WaitDialog, TakesATickAfterTheWatchdogHasTerminatedTheWorker)
