@@ -195,6 +195,33 @@ TEST(FrameFaultOfOneThread, IsNoOtherThreads)
     EXPECT_EQ(work.nWrong, 0);
 }
 
+DWORD WINAPI CallOnceInVain(LPVOID pTarn)
+{
+    int nResult = 0;
+    return CallVerify(*static_cast<const LoadedTarn*>(pTarn), nResult) == Came::MemoryException;
+}
+
+// Each has a place of its own for what it throws, although there is no memory for one.
+TEST(FrameFaultOfOneThread, MayBeAnothersAtTheSameTime)
+{
+    const TempFolder folder;
+    const std::string path = folder / "tarn copy.dll";
+    ASSERT_TRUE(::CopyFileA(LoadedTarn::Path().c_str(), path.c_str(), TRUE));
+    LoadedTarn tarn(path);
+    ASSERT_TRUE(tarn.IsComplete());
+    const FailingCall failing(tarn.Module(), "TlsSetValue", FALSE);
+    for (int i = 0; i < 2; ++i)
+    {
+        EXPECT_TRUE(CallOnceInVain(&tarn)) << "this thread";
+        HANDLE const hThread = ::CreateThread(nullptr, 0, &CallOnceInVain, &tarn, 0, nullptr);
+        EXPECT_EQ(::WaitForSingleObject(hThread, 60000), WAIT_OBJECT_0);
+        DWORD nExitCode = FALSE;
+        ::GetExitCodeThread(hThread, &nExitCode);
+        ::CloseHandle(hThread);
+        EXPECT_TRUE(nExitCode) << "the other one";
+    }
+}
+
 // What the library makes on first use: while one thread is at it, another one has made it already.
 const LoadedTarn* g_pUsedByAnother = nullptr;
 

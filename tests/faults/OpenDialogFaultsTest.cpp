@@ -36,6 +36,7 @@ BOOL APIENTRY Answer(LPOPENFILENAMEA pofn)
 {
     ++g_asked.nCalls;
     g_asked.hOwner = pofn->hwndOwner;
+    EXPECT_EQ(pofn->lStructSize, sizeof(OPENFILENAMEA));
     // A dialog that fails may have written before.
     ::lstrcpynA(pofn->lpstrFile, kChosen, static_cast<int>(pofn->nMaxFile));
     return g_asked.bConfirms;
@@ -153,6 +154,14 @@ TEST_F(OpenDialogFault, OfAPathOfTheSystemFolderThatIsTooLongReturnsZero)
     EXPECT_EQ(FailingCall::Calls(), 0) << "a path that was cut off names something else";
     g_systemFolder = std::string(246, 'x');
     EXPECT_EQ(Open(), 0);
+    EXPECT_EQ(FailingCall::Calls(), 1);
+}
+
+TEST_F(OpenDialogFault, OfKeepingTheDialogLoadedIsNoneOfTheCallers)
+{
+    const FailingCall failing(pTarn->Module(), "GetModuleHandleExA");
+    ASSERT_TRUE(failing.IsActive());
+    ExpectToWork();
     EXPECT_EQ(FailingCall::Calls(), 1);
 }
 

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <memory>
 #include <string>
 #include <type_traits>
 
@@ -38,6 +39,18 @@ TEST(CWinApp, KeepsTheNameThatItIsGiven)
         EXPECT_STREQ(AfxGetAppName(), "A name of its own");
     }
     EXPECT_EQ(AfxGetAppName(), nullptr) << "it is gone, and no other one took its place";
+    AfxGetModuleState()->m_pCurrentWinApp = &g_app;
+}
+
+TEST(CWinApp, ThatGoesLeavesALaterOneInItsPlace)
+{
+    auto pFirst = std::make_unique<CWinApp>("first");
+    {
+        const CWinApp second("second");
+        EXPECT_EQ(AfxGetApp(), &second);
+        pFirst.reset();
+        EXPECT_EQ(AfxGetApp(), &second);
+    }
     AfxGetModuleState()->m_pCurrentWinApp = &g_app;
 }
 

@@ -66,6 +66,30 @@ UINT_PTR WINAPI NoteTimer(HWND /*hWnd*/, UINT_PTR nID, UINT nMilliseconds, TIMER
     return nID;
 }
 
+// In the place of SetWindowPos, which moves nothing.
+int g_nPlaced = 0;
+BOOL WINAPI ExpectTopmostWhereItIs(HWND /*hWnd*/, HWND hWndAfter, int x, int y, int cx, int cy,
+                                   UINT nFlags)
+{
+    ++g_nPlaced;
+    EXPECT_EQ(hWndAfter, HWND_TOPMOST);
+    EXPECT_EQ(x, 0);
+    EXPECT_EQ(y, 0);
+    EXPECT_EQ(cx, 0);
+    EXPECT_EQ(cy, 0);
+    EXPECT_EQ(nFlags, static_cast<UINT>(SWP_NOSIZE | SWP_NOMOVE));
+    return TRUE;
+}
+
+// In the place of TerminateThread: the system says yes at once, and does it later.
+HANDLE g_hToTerminate = nullptr;
+HANDLE g_hAsked = nullptr;
+BOOL WINAPI PromiseToTerminate(HANDLE hThread, DWORD /*nExitCode*/)
+{
+    g_hToTerminate = hThread;
+    return ::SetEvent(g_hAsked);
+}
+
 // A block, and the window that a job puts into it, as a dialog does whose worker was not to be terminated.
 struct Contest
 {
@@ -162,6 +186,17 @@ TEST(WaitDialog, TicksEvery600Milliseconds)
     ASSERT_TRUE(dlg.Create(IDD_WAITDLG, nullptr));
     EXPECT_EQ(g_nMilliseconds, 600U);
     EXPECT_EQ(dlg.m_nTimerID, 333U);
+    dlg.DestroyWindow();
+}
+
+TEST(WaitDialog, IsPutOnTopWhereItIs)
+{
+    const ImportPatch patch(::GetModuleHandleA(nullptr), "SetWindowPos",
+                            reinterpret_cast<void*>(&ExpectTopmostWhereItIs));
+    ASSERT_TRUE(patch.IsActive());
+    OpenDialog dlg;
+    ASSERT_TRUE(dlg.Create(IDD_WAITDLG, nullptr));
+    EXPECT_EQ(g_nPlaced, 1);
     dlg.DestroyWindow();
 }
 
@@ -281,6 +316,34 @@ TEST(WaitDialog, TakesATickAfterTheWatchdogHasTerminatedTheWorker)
     Tick(dlg.GetSafeHwnd(), 1);
     EXPECT_EQ(dlg.m_nTicks, kWatchdogTicks + 1);
     EXPECT_EQ(dlg.m_job.nResult, 0);
+    dlg.DestroyWindow();
+}
+
+TEST(WaitDialog, WaitsUntilTheTerminatedWorkerIsReallyGone)
+{
+    HeldJob job;
+    OpenDialog dlg;
+    dlg.m_job.pArg = &job;
+    dlg.m_job.pfnJob = &HeldJob::Run;
+    ASSERT_TRUE(dlg.Create(IDD_WAITDLG, nullptr));
+    ASSERT_EQ(::WaitForSingleObject(job.hStarted, kLimitMilliseconds),
+              static_cast<DWORD>(WAIT_OBJECT_0));
+    g_hAsked = ::CreateEventA(nullptr, TRUE, FALSE, nullptr);
+    {
+        ImportPatch patch(::GetModuleHandleA(nullptr), "TerminateThread",
+                          reinterpret_cast<void*>(&PromiseToTerminate));
+        ASSERT_TRUE(patch.IsActive());
+        const auto pfnTerminate = reinterpret_cast<BOOL(WINAPI*)(HANDLE, DWORD)>(patch.Original());
+        DriverThread driver([pfnTerminate] {
+            EXPECT_EQ(::WaitForSingleObject(g_hAsked, kLimitMilliseconds),
+                      static_cast<DWORD>(WAIT_OBJECT_0));
+            ::SleepEx(50, FALSE); // time to go on too early
+            pfnTerminate(g_hToTerminate, 0);
+        });
+        Tick(dlg.GetSafeHwnd(), kWatchdogTicks);
+        EXPECT_TRUE(job.WorkerHasEnded(0));
+    }
+    ::CloseHandle(g_hAsked);
     dlg.DestroyWindow();
 }
 
