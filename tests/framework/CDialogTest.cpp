@@ -2,6 +2,7 @@
 #include <afxdlgs.h>
 #include <afxwin.h>
 
+#include "tests/support/ImportPatch.h"
 #include "tests/support/WindowDriver.h"
 #include "ui/resource.h"
 
@@ -136,6 +137,37 @@ TEST(CCmdTarget, IsTheEndOfEveryChainOfMaps)
     EXPECT_EQ(pMap->pfnGetBaseMap, nullptr);
     EXPECT_EQ(pMap->lpEntries[0].pfnMessage, nullptr);
     EXPECT_EQ(pMap->lpEntries[0].pfnTimer, nullptr);
+}
+
+// Not the program's import, which is replaced.
+using DestroyFunction = BOOL(WINAPI*)(HWND);
+const auto g_pfnDestroy = reinterpret_cast<DestroyFunction>(
+    reinterpret_cast<void*>(::GetProcAddress(::GetModuleHandleA("user32.dll"), "DestroyWindow")));
+
+BOOL WINAPI DestroyAndSayNo(HWND hWnd)
+{
+    g_pfnDestroy(hWnd);
+    return FALSE;
+}
+
+TEST(CWnd, TakesItsWindowAlong)
+{
+    HWND hWnd = nullptr;
+    {
+        TestDialog dlg;
+        ASSERT_TRUE(dlg.Create(IDD_WAITDLG));
+        hWnd = dlg.GetSafeHwnd();
+    }
+    EXPECT_FALSE(::IsWindow(hWnd));
+    const ImportPatch patch(::GetModuleHandleA(nullptr), "DestroyWindow",
+                            reinterpret_cast<void*>(&DestroyAndSayNo));
+    ASSERT_TRUE(patch.IsActive());
+    {
+        TestDialog dlg;
+        ASSERT_TRUE(dlg.Create(IDD_WAITDLG));
+        hWnd = dlg.GetSafeHwnd();
+    }
+    EXPECT_FALSE(::IsWindow(hWnd)) << "whatever the system says";
 }
 
 TEST(CWnd, OfNoObjectIsLeftToTheSystem)
