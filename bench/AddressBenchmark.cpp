@@ -24,7 +24,7 @@ const std::regex& Rules()
 
 bool ByLibrary(const std::string& address)
 {
-    CFixedStringT<CString, 256> strAddress(address.c_str());
+    CFixedStringT<CString, 255> strAddress(address.c_str());
     CFixedStringT<CString, 73> strMessage;
     int nPosition = 0;
     return CheckEmailSyntax(strAddress, &nPosition, strMessage) != 0;

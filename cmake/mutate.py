@@ -40,8 +40,8 @@ FIRST_TESTS = (
     (r"install/FileCopy", None, r"install\.FileCopy"),
     (r"install/", None, r"install\.RunOnce"),
     (r"ui/(WaitDlg\.rc|resource\.h)", None, r"binary\.PortableExecutable|ui\.WaitDlgExports"),
-    (r"ui/FileOpenDialog", None, r"ui\.FileOpenDialog"),
-    (r"ui/WaitDlgModless", None, r"ui\.(JobRunner|WaitDlgExports)"),
+    (r"ui/FileOpenDialog", None, r"faults\.OpenDialogFaults|ui\.FileOpenDialog"),
+    (r"ui/WaitDlgModless", None, r"faults\.JobFaults|ui\.(JobRunner|WaitDlgExports)"),
     (r"ui/", None, r"ui\.WaitDlgExports"),
     (r"", None, r"(frame\.(TarnApp|ExportGuard|LoadUnload)|binary\..*|validate\.VerifyEmail)"),
 )

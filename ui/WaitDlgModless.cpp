@@ -29,16 +29,16 @@ HWND Exchange(WaitJobBlock& job, HWND hWnd)
 HWND TakeWindow(WaitJobBlock& job)
 {
     auto* const pWindow = reinterpret_cast<void* volatile*>(&job.hWnd);
-    for (;;)
+    void* pSeen;
+    do
     {
-        void* const pSeen = *pWindow;
-        // The dialog's thread is about to terminate this one. It had better be asleep than on its
-        // way through the loader, whose lock would then never be released.
-        if (pSeen == kWaitJobKilled)
+        // Killed: the dialog's thread is about to terminate this one. It had better be asleep than on
+        // its way through the loader, whose lock would then never be released.
+        for (pSeen = *pWindow; pSeen == kWaitJobKilled; pSeen = *pWindow)
             ::Sleep(kSleepMilliseconds);
-        else if (::InterlockedCompareExchangePointer(pWindow, nullptr, pSeen) == pSeen)
-            return static_cast<HWND>(pSeen);
     }
+    while (::InterlockedCompareExchangePointer(pWindow, nullptr, pSeen) != pSeen);
+    return static_cast<HWND>(pSeen);
 }
 } // namespace
 

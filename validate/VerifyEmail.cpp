@@ -11,7 +11,7 @@ constexpr int kOrdinaryAddressLength = 255;
 extern "C" int VerifyEmail(char* address, int* errorPosition, char* message)
 {
     TARN_EXPORT_GUARD();
-    CFixedStringT<CString, kOrdinaryAddressLength + 1> strAddress(address);
+    CFixedStringT<CString, kOrdinaryAddressLength> strAddress(address);
     CFixedStringT<CString, TARN_EMAIL_MESSAGE_SIZE> strMessage;
     const int nResult = CheckEmailSyntax(strAddress, errorPosition, strMessage);
     // Trimmed, so never longer than what the caller gave.

@@ -257,6 +257,132 @@ TEST(FrameFaultOfOneThread, IsNoOtherThreads)
         [&tarn] { EXPECT_EQ(Verify(tarn), 1); });
 }
 
+DWORD WINAPI CallOnceInVain(LPVOID pTarn)
+{
+    int nResult = 0;
+    return CallVerify(*static_cast<const LoadedTarn*>(pTarn), nResult) == Came::MemoryException;
+}
+
+// Each has a place of its own for what it throws, although there is no memory for one.
+TEST(FrameFaultOfOneThread, MayBeAnothersAtTheSameTime)
+{
+    const TempFolder folder;
+    const std::string path = folder / "tarn copy.dll";
+    ASSERT_TRUE(::CopyFileA(LoadedTarn::Path().c_str(), path.c_str(), TRUE));
+    LoadedTarn tarn(path);
+    ASSERT_TRUE(tarn.IsComplete());
+    const FailingCall failing(tarn.Module(), "TlsSetValue", FALSE);
+    for (int i = 0; i < 2; ++i)
+    {
+        EXPECT_TRUE(CallOnceInVain(&tarn)) << "this thread";
+        HANDLE const hThread = ::CreateThread(nullptr, 0, &CallOnceInVain, &tarn, 0, nullptr);
+        EXPECT_EQ(::WaitForSingleObject(hThread, 60000), WAIT_OBJECT_0);
+        DWORD nExitCode = FALSE;
+        ::GetExitCodeThread(hThread, &nExitCode);
+        ::CloseHandle(hThread);
+        EXPECT_TRUE(nExitCode) << "the other one";
+    }
+}
+
+// What the library makes on first use: while one thread is at it, another one has made it already.
+const LoadedTarn* g_pUsedByAnother = nullptr;
+
+void LetAnotherThreadBeFirst()
+{
+    const LoadedTarn* const pTarn = g_pUsedByAnother;
+    g_pUsedByAnother = nullptr;
+    if (pTarn == nullptr)
+        return;
+    Work work = {pTarn, 1, 0};
+    HANDLE const hThread = ::CreateThread(nullptr, 0, &CallMany, &work, 0, nullptr);
+    EXPECT_EQ(::WaitForSingleObject(hThread, 60000), WAIT_OBJECT_0);
+    ::CloseHandle(hThread);
+    EXPECT_EQ(work.nWrong, 0);
+}
+
+HANDLE WINAPI HeapCreateAsTheSecond(DWORD nOptions, SIZE_T cbInitial, SIZE_T cbMaximum)
+{
+    LetAnotherThreadBeFirst();
+    return ::HeapCreate(nOptions, cbInitial, cbMaximum);
+}
+
+DWORD WINAPI TlsAllocAsTheSecond()
+{
+    LetAnotherThreadBeFirst();
+    return ::TlsAlloc();
+}
+
+HANDLE WINAPI CreateActCtxAsTheSecond(PCACTCTXA pActCtx)
+{
+    LetAnotherThreadBeFirst();
+    return ::CreateActCtxA(pActCtx);
+}
+
+DWORD FirstFreeSlot()
+{
+    const DWORD nSlot = ::TlsAlloc();
+    ::TlsFree(nSlot);
+    return nSlot;
+}
+
+TEST(FrameOfTwoThreads, IsMadeOnceWhenBothAreTheFirst)
+{
+    const TempFolder folder;
+    const std::string path = folder / "tarn copy.dll";
+    ASSERT_TRUE(::CopyFileA(LoadedTarn::Path().c_str(), path.c_str(), TRUE));
+    const struct
+    {
+        const char* pszFunction;
+        void* pfnSecond;
+    } cases[] = {{"HeapCreate", reinterpret_cast<void*>(&HeapCreateAsTheSecond)},
+                 {"TlsAlloc", reinterpret_cast<void*>(&TlsAllocAsTheSecond)},
+                 {"CreateActCtxA", reinterpret_cast<void*>(&CreateActCtxAsTheSecond)}};
+    for (const auto& each : cases)
+    {
+        SCOPED_TRACE(each.pszFunction);
+        const DWORD nSlot = FirstFreeSlot();
+        EXPECT_TRUE(LeavesNothingBehind([&] {
+            const LoadedTarn tarn(path);
+            ASSERT_TRUE(tarn.IsComplete());
+            const ImportPatch patch(tarn.Module(), each.pszFunction, each.pfnSecond);
+            ASSERT_TRUE(patch.IsActive());
+            g_pUsedByAnother = &tarn;
+            EXPECT_EQ(Verify(tarn), 1);
+            EXPECT_EQ(g_pUsedByAnother, nullptr) << "it is not made on first use";
+            EXPECT_EQ(Verify(tarn), 1);
+        }));
+        EXPECT_EQ(FirstFreeSlot(), nSlot);
+    }
+}
+
+// Each is thrown while the ones before are still being handled.
+int ThrowNested(const LoadedTarn& tarn, int nDepth)
+{
+    if (nDepth == 0)
+        return 0;
+    int nCaught = 0;
+    try
+    {
+        tarn.Write_ch_config_File("\\\\"); // a folder of separators only
+    }
+    catch (CInvalidArgException* pException)
+    {
+        nCaught = 1 + ThrowNested(tarn, nDepth - 1);
+        pException->Delete();
+    }
+    return nCaught;
+}
+
+// More than the library has room for without asking for memory.
+TEST(FrameExceptions, MayBeManyAtOnce)
+{
+    constexpr int kExceptions = 40;
+    const LoadedTarn tarn;
+    ASSERT_TRUE(tarn.IsComplete());
+    EXPECT_TRUE(
+        LeavesNothingBehind([&] { EXPECT_EQ(ThrowNested(tarn, kExceptions), kExceptions); }));
+}
+
 TEST(FrameFaultOfOneCopy, IsNoOtherCopys)
 {
     const TempFolder folder;

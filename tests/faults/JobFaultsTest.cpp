@@ -1,5 +1,6 @@
 // The job runner, in a library of its own that is the one that ships with one export more: each call
 // that it makes of the system fails in turn, the worker dies, the library is unloaded under it.
+#include "tests/support/ChildProcess.h"
 #include "tests/support/CleanFault.h"
 #include "tests/support/FailingCall.h"
 #include "tests/support/LoadedTarn.h"
@@ -9,7 +10,6 @@
 #include <gtest/gtest.h>
 
 #include <memory>
-#include <stdexcept>
 #include <string>
 
 using namespace window_driver;
@@ -549,6 +549,81 @@ TEST(JobFault, OfTheOwnerThatDiesEndsTheWaitAndLeavesTheJobAlone)
     });
 }
 
+HeldJob* g_pJobToEnd = nullptr;
+
+DWORD WINAPI LookAndThenEndTheJob(HANDLE hObject, DWORD nMilliseconds)
+{
+    const DWORD nResult = WaitIfValid(hObject, nMilliseconds);
+    if (nMilliseconds == 0 && g_pJobToEnd != nullptr)
+    {
+        ::SetEvent(g_pJobToEnd->hMayEnd);
+        EXPECT_TRUE(g_pJobToEnd->WorkerHasEnded());
+        g_pJobToEnd = nullptr;
+    }
+    return nResult;
+}
+
+// When the dialog looks, the job still runs; when it then wants to leave its object to the job, that has
+// ended, and the object is the dialog's to delete.
+TEST(JobRace, BetweenEnterAndTheEndOfTheJobLeavesNothingBehind)
+{
+    ExpectCleanRound([](const LoadedJobs& jobs) {
+        HeldJob job;
+        const ImportPatch patch(jobs.Module(), "WaitForSingleObject",
+                                reinterpret_cast<void*>(&LookAndThenEndTheJob));
+        ASSERT_TRUE(patch.IsActive());
+        DriverThread driver([&job] {
+            HWND const hWnd = WaitForDialog();
+            EXPECT_TRUE(job.HasStarted());
+            g_pJobToEnd = &job;
+            PostKey(hWnd, VK_RETURN);
+        });
+        EXPECT_EQ(jobs.Run(&HeldJob::Run, &job), 0);
+        EXPECT_EQ(g_pJobToEnd, nullptr) << "nobody looked";
+    });
+}
+
+HANDLE g_hPostMayEnd = nullptr;
+HANDLE g_hPosts = nullptr;
+volatile LONG g_bPosted = FALSE;
+
+BOOL WINAPI PostWhenToldTo(HWND hWnd, UINT message, WPARAM wParam, LPARAM lParam)
+{
+    ::SetEvent(g_hPosts);
+    ::WaitForSingleObject(g_hPostMayEnd, INFINITE);
+    g_bPosted = TRUE;
+    return ::PostMessageA(hWnd, message, wParam, lParam);
+}
+
+// The job has ended, and its thread is on its way out when the watchdog comes: nobody is to be
+// terminated any more, and the result counts.
+TEST(JobRace, BetweenTheEndOfTheJobAndTheWatchdogTerminatesNobody)
+{
+    ExpectCleanRound([](const LoadedJobs& jobs) {
+        g_hPosts = ::CreateEventA(nullptr, TRUE, FALSE, nullptr);
+        g_hPostMayEnd = ::CreateEventA(nullptr, TRUE, FALSE, nullptr);
+        g_bPosted = FALSE;
+        int nRuns = 0;
+        {
+            const ImportPatch patch(jobs.Module(), "PostMessageA",
+                                    reinterpret_cast<void*>(&PostWhenToldTo));
+            const FailingCall failing(jobs.Module(), "TerminateThread", TRUE);
+            DriverThread driver([] {
+                HWND const hWnd = WaitForDialog();
+                EXPECT_EQ(::WaitForSingleObject(g_hPosts, kLimitMilliseconds), WAIT_OBJECT_0);
+                Tick(hWnd);
+                ::SetEvent(g_hPostMayEnd);
+            });
+            EXPECT_EQ(jobs.Run(&CountRuns, &nRuns), kValue);
+            EXPECT_EQ(FailingCall::Calls(), 0);
+        }
+        EXPECT_TRUE(g_bPosted) << "before its object is deleted";
+        EXPECT_EQ(nRuns, 1);
+        ::CloseHandle(g_hPosts);
+        ::CloseHandle(g_hPostMayEnd);
+    });
+}
+
 TEST(JobUnload, WhileAJobRunsByItselfWaitsForTheJob)
 {
     ExpectCleanFault(
@@ -618,27 +693,6 @@ TEST(JobCopies, UnderDifferentNamesRunJobsAtTheSameTime)
         [] { ExpectToWork(LoadedJobs()); });
 }
 
-// Runs one of the tests below in a process of its own and returns how that ended.
-DWORD ExitCodeOfChild(const char* pszTest)
-{
-    std::string command = "\"" + PathOfProgram() + "\" --gtest_also_run_disabled_tests" +
-                          " --gtest_filter=JobInAChild.DISABLED_" + pszTest;
-    STARTUPINFOA startup = {};
-    startup.cb = sizeof(startup);
-    PROCESS_INFORMATION process = {};
-    if (!::CreateProcessA(nullptr, &command[0], nullptr, nullptr, FALSE, 0, nullptr, nullptr,
-                          &startup, &process))
-        throw std::runtime_error("cannot run " + command);
-    DWORD nExitCode = STILL_ACTIVE;
-    if (::WaitForSingleObject(process.hProcess, 60000) == WAIT_OBJECT_0)
-        ::GetExitCodeProcess(process.hProcess, &nExitCode);
-    else
-        ::TerminateProcess(process.hProcess, 1);
-    ::CloseHandle(process.hProcess);
-    ::CloseHandle(process.hThread);
-    return nExitCode;
-}
-
 LONGLONG Crash(void* /*pArg*/, HWND /*hWnd*/)
 {
     ::RaiseException(EXCEPTION_ACCESS_VIOLATION, EXCEPTION_NONCONTINUABLE, 0, nullptr);
@@ -685,19 +739,20 @@ TEST(JobInAChild, DISABLED_EndsTheProcessBeforeTheJob)
 // The same as in any other thread of the installer: the library does not hide it.
 TEST(JobCrash, EndsTheProcessWithTheCodeOfTheCrash)
 {
-    EXPECT_EQ(ExitCodeOfChild("Returns"), 0U);
-    EXPECT_EQ(ExitCodeOfChild("Crashes"), static_cast<DWORD>(EXCEPTION_ACCESS_VIOLATION));
+    EXPECT_EQ(ExitCodeOfChild("JobInAChild.DISABLED_Returns"), 0U);
+    EXPECT_EQ(ExitCodeOfChild("JobInAChild.DISABLED_Crashes"),
+              static_cast<DWORD>(EXCEPTION_ACCESS_VIOLATION));
 }
 
 TEST(JobCrash, IsWhatAnExceptionOutOfAJobComesTo)
 {
-    const DWORD nExitCode = ExitCodeOfChild("Throws");
+    const DWORD nExitCode = ExitCodeOfChild("JobInAChild.DISABLED_Throws");
     EXPECT_NE(nExitCode, 0U);
     EXPECT_NE(nExitCode, static_cast<DWORD>(STILL_ACTIVE)) << "it hangs";
 }
 
 TEST(JobCrash, DoesNotHappenWhenTheProcessEndsBeforeTheJob)
 {
-    EXPECT_EQ(ExitCodeOfChild("EndsTheProcessBeforeTheJob"), 42U);
+    EXPECT_EQ(ExitCodeOfChild("JobInAChild.DISABLED_EndsTheProcessBeforeTheJob"), 42U);
 }
 } // namespace

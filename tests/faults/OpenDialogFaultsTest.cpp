@@ -28,6 +28,9 @@ struct Asked
     int nCalls;
     HWND hOwner;
     bool bConfirms;
+    const char* pszFolder;
+    const char* pszTitle;
+    DWORD nFlags;
 };
 Asked g_asked;
 
@@ -35,6 +38,10 @@ BOOL APIENTRY Answer(LPOPENFILENAMEA pofn)
 {
     ++g_asked.nCalls;
     g_asked.hOwner = pofn->hwndOwner;
+    g_asked.pszFolder = pofn->lpstrInitialDir;
+    g_asked.pszTitle = pofn->lpstrTitle;
+    g_asked.nFlags = pofn->Flags;
+    EXPECT_EQ(pofn->lStructSize, sizeof(OPENFILENAMEA));
     // A dialog that fails may have written before.
     ::lstrcpynA(pofn->lpstrFile, kChosen, static_cast<int>(pofn->nMaxFile));
     return g_asked.bConfirms;
@@ -66,7 +73,7 @@ protected:
         // Stays loaded: under Wine, each time that it is loaded anew leaves a handle behind.
         static HMODULE const s_hDialogs = ::LoadLibraryA("comdlg32.dll");
         EXPECT_NE(s_hDialogs, nullptr);
-        g_asked = {0, nullptr, true};
+        g_asked = {0, nullptr, true, nullptr, nullptr, 0};
         ::CopyFileA(LoadedTarn::Path().c_str(), path.c_str(), FALSE);
         Load();
         Fill();
@@ -90,7 +97,11 @@ protected:
     {
         char szFolder[] = "C:\\";
         char szTitle[] = "title";
-        return pTarn->DoFileOpenDialog(szFolder, szTitle, "All|*.*||", "lic", buffer);
+        return Open(szFolder, szTitle);
+    }
+    int Open(char* pszFolder, char* pszTitle)
+    {
+        return pTarn->DoFileOpenDialog(pszFolder, pszTitle, "All|*.*||", "lic", buffer);
     }
     bool IsUntouched() const { return std::memcmp(buffer, before, sizeof(buffer)) == 0; }
     // With the dialog's answer in the system's place.
@@ -99,7 +110,7 @@ protected:
         const ImportPatch patch(pTarn->Module(), "GetProcAddress",
                                 reinterpret_cast<void*>(&FindAnswer));
         ASSERT_TRUE(patch.IsActive());
-        g_asked = {0, nullptr, true};
+        g_asked = {0, nullptr, true, nullptr, nullptr, 0};
         EXPECT_EQ(Open(), 1);
         EXPECT_EQ(g_asked.nCalls, 1);
         EXPECT_STREQ(buffer, kChosen);
@@ -112,6 +123,26 @@ protected:
     char buffer[TARN_OPEN_PATH_SIZE];
     char before[TARN_OPEN_PATH_SIZE];
 };
+
+TEST_F(OpenDialogFault, DoesNotComeOfATitleOrAFolderThatIsMissing)
+{
+    const ImportPatch patch(pTarn->Module(), "GetProcAddress",
+                            reinterpret_cast<void*>(&FindAnswer));
+    ASSERT_TRUE(patch.IsActive());
+    char szGiven[] = "xyz";
+    char szEmpty[] = "";
+    for (char* const pszFolder : {szGiven, szEmpty, static_cast<char*>(nullptr)})
+    {
+        for (char* const pszTitle : {szGiven, szEmpty, static_cast<char*>(nullptr)})
+        {
+            EXPECT_EQ(Open(pszFolder, pszTitle), 1);
+            EXPECT_EQ(g_asked.pszFolder, pszFolder == szGiven ? szGiven : nullptr);
+            EXPECT_EQ(g_asked.pszTitle, pszTitle == szGiven ? szGiven : nullptr);
+            EXPECT_NE(g_asked.nFlags & OFN_FILEMUSTEXIST, 0U);
+        }
+    }
+    EXPECT_EQ(g_asked.nCalls, 9);
+}
 
 TEST_F(OpenDialogFault, InFindingTheDialogReturnsZeroAndTheNextCallLooksAgain)
 {
@@ -172,7 +203,7 @@ TEST_F(OpenDialogFault, OfTheDialogItselfReturnsZeroAndTouchesNothing)
         [this] {
             const ImportPatch patch(pTarn->Module(), "GetProcAddress",
                                     reinterpret_cast<void*>(&FindAnswer));
-            g_asked = {0, nullptr, false};
+            g_asked = {};
             const int nOpened = Open();
             EXPECT_EQ(g_asked.nCalls, 1);
             EXPECT_TRUE(IsUntouched());

@@ -1,3 +1,4 @@
+#include "tests/support/ChildProcess.h"
 #include "tests/support/LoadedTarn.h"
 #include "tests/support/ResourceCount.h"
 #include "tests/support/TempFolder.h"
@@ -145,6 +146,21 @@ TEST(LoadUnload, IsReallyUnloaded)
     char szPath[MAX_PATH];
     EXPECT_EQ(::GetModuleFileNameA(hModule, szPath, MAX_PATH), 0U);
     EXPECT_EQ(::GetModuleHandleA("tarn.dll"), nullptr);
+}
+
+TEST(LoadUnloadInAChild, DISABLED_EndsTheProcess)
+{
+    const LoadedTarn tarn;
+    ThreadWork work = {&tarn, 1, 0};
+    CallManyTimes(&work);
+    ThrowAndCatch(&work);
+    if (work.nWrong == 0)
+        ::ExitProcess(42);
+}
+
+TEST(LoadUnload, MayBeLeftToTheEndOfTheProcess)
+{
+    EXPECT_EQ(ExitCodeOfChild("LoadUnloadInAChild.DISABLED_EndsTheProcess"), 42U);
 }
 
 TEST(LoadUnload, WorksTwiceInOneProcessUnderDifferentNames)

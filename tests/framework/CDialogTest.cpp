@@ -1,6 +1,8 @@
 // CDialog: commands, and what its handlers throw.
+#include <afxdlgs.h>
 #include <afxwin.h>
 
+#include "tests/support/ImportPatch.h"
 #include "tests/support/WindowDriver.h"
 #include "ui/resource.h"
 
@@ -93,6 +95,79 @@ TEST(CDialog, LetsNoExceptionOutToTheSystem)
         EXPECT_TRUE(::IsWindow(dlg.GetSafeHwnd()));
         dlg.DestroyWindow();
     }
+}
+
+TEST(CDialog, IsMovedWithinTheOrderThatItIsIn)
+{
+    TestDialog dlg;
+    ASSERT_TRUE(dlg.Create(IDD_WAITDLG));
+    EXPECT_TRUE(dlg.SetWindowPos(nullptr, 30, 40, 0, 0, SWP_NOSIZE | SWP_NOZORDER));
+    RECT rc = {};
+    ASSERT_TRUE(::GetWindowRect(dlg.GetSafeHwnd(), &rc));
+    EXPECT_EQ(rc.left, 30);
+    EXPECT_EQ(rc.top, 40);
+    dlg.DestroyWindow();
+}
+
+TEST(CFileDialog, StartsWithWhatItIsGiven)
+{
+    CFileDialog bare(TRUE);
+    EXPECT_EQ(bare.GetOFN().lStructSize, sizeof(OPENFILENAMEA));
+    EXPECT_STREQ(bare.GetOFN().lpstrFile, "");
+    EXPECT_EQ(bare.GetOFN().lpstrFilter, nullptr);
+    CFileDialog given(TRUE, "txt", "a.txt", OFN_FILEMUSTEXIST, "Text|*.txt||", nullptr,
+                      OPENFILENAME_SIZE_VERSION_400A);
+    EXPECT_EQ(given.GetOFN().lStructSize, static_cast<DWORD>(OPENFILENAME_SIZE_VERSION_400A));
+    EXPECT_STREQ(given.GetOFN().lpstrFile, "a.txt");
+    EXPECT_STREQ(given.GetOFN().lpstrDefExt, "txt");
+    EXPECT_STREQ(given.GetOFN().lpstrFilter, "Text");
+    EXPECT_NE(given.GetOFN().Flags & OFN_FILEMUSTEXIST, 0U);
+}
+
+TEST(CCmdTarget, IsTheEndOfEveryChainOfMaps)
+{
+    class OpenTarget : public CCmdTarget
+    {
+    public:
+        using CCmdTarget::GetMessageMap;
+    };
+    const OpenTarget target;
+    const AFX_MSGMAP* const pMap = target.GetMessageMap();
+    ASSERT_NE(pMap, nullptr);
+    EXPECT_EQ(pMap->pfnGetBaseMap, nullptr);
+    EXPECT_EQ(pMap->lpEntries[0].pfnMessage, nullptr);
+    EXPECT_EQ(pMap->lpEntries[0].pfnTimer, nullptr);
+}
+
+// Not the program's import, which is replaced.
+using DestroyFunction = BOOL(WINAPI*)(HWND);
+const auto g_pfnDestroy = reinterpret_cast<DestroyFunction>(
+    reinterpret_cast<void*>(::GetProcAddress(::GetModuleHandleA("user32.dll"), "DestroyWindow")));
+
+BOOL WINAPI DestroyAndSayNo(HWND hWnd)
+{
+    g_pfnDestroy(hWnd);
+    return FALSE;
+}
+
+TEST(CWnd, TakesItsWindowAlong)
+{
+    HWND hWnd = nullptr;
+    {
+        TestDialog dlg;
+        ASSERT_TRUE(dlg.Create(IDD_WAITDLG));
+        hWnd = dlg.GetSafeHwnd();
+    }
+    EXPECT_FALSE(::IsWindow(hWnd));
+    const ImportPatch patch(::GetModuleHandleA(nullptr), "DestroyWindow",
+                            reinterpret_cast<void*>(&DestroyAndSayNo));
+    ASSERT_TRUE(patch.IsActive());
+    {
+        TestDialog dlg;
+        ASSERT_TRUE(dlg.Create(IDD_WAITDLG));
+        hWnd = dlg.GetSafeHwnd();
+    }
+    EXPECT_FALSE(::IsWindow(hWnd)) << "whatever the system says";
 }
 
 TEST(CWnd, OfNoObjectIsLeftToTheSystem)

@@ -273,6 +273,25 @@ TEST(ReportError, ShowsABoxWithOneButtonThatTellsTheCauseAndNamesTheFile)
     EXPECT_NE(boxes[0].text.find("C:\\folder\\file.txt"), std::string::npos);
 }
 
+UINT g_nBoxType = 0;
+
+int WINAPI NoteBox(HWND /*hWnd*/, LPCSTR /*lpText*/, LPCSTR /*lpCaption*/, UINT nType)
+{
+    g_nBoxType = nType;
+    return IDYES;
+}
+
+TEST(AfxMessageBox, WarnsUnlessItIsGivenAnIcon)
+{
+    const ImportPatch patch(::GetModuleHandleA(nullptr), "MessageBoxA",
+                            reinterpret_cast<void*>(&NoteBox));
+    ASSERT_TRUE(patch.IsActive());
+    EXPECT_EQ(AfxMessageBox("text"), IDYES);
+    EXPECT_EQ(g_nBoxType, static_cast<UINT>(MB_OK | MB_ICONEXCLAMATION));
+    EXPECT_EQ(AfxMessageBox("text", MB_YESNO | MB_ICONQUESTION), IDYES);
+    EXPECT_EQ(g_nBoxType, static_cast<UINT>(MB_YESNO | MB_ICONQUESTION));
+}
+
 TEST(ReportError, HasSomethingToSayForAnExceptionWithoutAMessage)
 {
     CException exception(FALSE);

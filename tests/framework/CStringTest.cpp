@@ -493,6 +493,14 @@ TEST_F(CStringCharacters, ReplaceTakesNoTrailByteForABackslash)
     EXPECT_EQ(Bytes(str), "\x95\x5Cso");
 }
 
+TEST_F(CStringCharacters, AZeroBehindALeadByteIsNoTrailByte)
+{
+    const CString str("\x95\0\\\x95\\", 5);
+    EXPECT_EQ(str.Find('\\'), 2);
+    EXPECT_EQ(str.ReverseFind('\\'), IsJapanese() ? 2 : 4);
+    EXPECT_EQ(str.Find('\0'), 1);
+}
+
 TEST_F(CStringCharacters, HalfACharacterMatchesNothing)
 {
     CString str(CString(kHyou) + "a");

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <memory>
 #include <string>
 #include <type_traits>
 
@@ -31,6 +32,28 @@ TEST(CWinApp, IsNamedAfterItsModuleWithoutFolderAndExtension)
     EXPECT_EQ(ModuleName(), AfxGetAppName());
 }
 
+TEST(CWinApp, KeepsTheNameThatItIsGiven)
+{
+    {
+        const CWinApp app("A name of its own");
+        EXPECT_STREQ(AfxGetAppName(), "A name of its own");
+    }
+    EXPECT_EQ(AfxGetAppName(), nullptr) << "it is gone, and no other one took its place";
+    AfxGetModuleState()->m_pCurrentWinApp = &g_app;
+}
+
+TEST(CWinApp, ThatGoesLeavesALaterOneInItsPlace)
+{
+    auto pFirst = std::make_unique<CWinApp>("first");
+    {
+        const CWinApp second("second");
+        EXPECT_EQ(AfxGetApp(), &second);
+        pFirst.reset();
+        EXPECT_EQ(AfxGetApp(), &second);
+    }
+    AfxGetModuleState()->m_pCurrentWinApp = &g_app;
+}
+
 TEST(CWinApp, IsTheOneOfTheModuleThatIsCurrent)
 {
     EXPECT_EQ(AfxGetApp(), &g_app);
@@ -55,6 +78,18 @@ TEST(CWinApp, IsToldWhatTheSystemGaveToTheProgram)
     EXPECT_EQ(g_app.m_nCmdShow, SW_SHOWMAXIMIZED);
     EXPECT_EQ(AfxGetInstanceHandle(), hInstance);
     EXPECT_EQ(AfxGetResourceHandle(), hInstance);
+}
+
+TEST(CWinApp, NeedNotBeThereWhenTheSystemStartsTheProgram)
+{
+    AFX_MODULE_STATE own(FALSE, &AfxWndProc);
+    AFX_MODULE_STATE* const pBefore = AfxSetModuleState(&own);
+    HINSTANCE const hInstance = ::GetModuleHandleA("kernel32.dll"); // not what it starts with
+    EXPECT_TRUE(AfxWinInit(hInstance, nullptr, nullptr, SW_SHOW));
+    EXPECT_EQ(AfxGetInstanceHandle(), hInstance);
+    EXPECT_EQ(AfxGetResourceHandle(), hInstance);
+    EXPECT_EQ(AfxGetApp(), nullptr);
+    AfxSetModuleState(pBefore);
 }
 
 TEST(ModuleState, IsAProgramsOrALibrarys)

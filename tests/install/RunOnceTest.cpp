@@ -68,7 +68,10 @@ LSTATUS WINAPI RecordingOpen(HKEY hRoot, LPCSTR pszSubKey, DWORD nOptions, REGSA
     g_nOptions = nOptions;
     g_nAccess = nAccess;
     if (g_nOpenResult != ERROR_SUCCESS)
+    {
+        *phKey = reinterpret_cast<HKEY>(INT_PTR{0x7001}); // nobody says what it is then
         return g_nOpenResult;
+    }
     const LSTATUS nResult = ::RegOpenKeyExA(hRoot, pszSubKey, nOptions, nAccess, phKey);
     if (nResult == ERROR_SUCCESS)
     {

@@ -66,6 +66,70 @@ UINT_PTR WINAPI NoteTimer(HWND /*hWnd*/, UINT_PTR nID, UINT nMilliseconds, TIMER
     return nID;
 }
 
+// In the place of SetWindowPos, which moves nothing.
+int g_nPlaced = 0;
+BOOL WINAPI ExpectTopmostWhereItIs(HWND /*hWnd*/, HWND hWndAfter, int x, int y, int cx, int cy,
+                                   UINT nFlags)
+{
+    ++g_nPlaced;
+    EXPECT_EQ(hWndAfter, HWND_TOPMOST);
+    EXPECT_EQ(x, 0);
+    EXPECT_EQ(y, 0);
+    EXPECT_EQ(cx, 0);
+    EXPECT_EQ(cy, 0);
+    EXPECT_EQ(nFlags, static_cast<UINT>(SWP_NOSIZE | SWP_NOMOVE));
+    return TRUE;
+}
+
+// In the place of TerminateThread: the system says yes at once, and does it later.
+HANDLE g_hToTerminate = nullptr;
+HANDLE g_hAsked = nullptr;
+BOOL WINAPI PromiseToTerminate(HANDLE hThread, DWORD /*nExitCode*/)
+{
+    g_hToTerminate = hThread;
+    return ::SetEvent(g_hAsked);
+}
+
+// A block, and the window that a job puts into it, as a dialog does whose worker was not to be terminated.
+struct Contest
+{
+    WaitJobBlock block = {};
+    HWND hWnd = nullptr;
+    volatile LONG bOver = FALSE;
+    int nTaken = 0; // by somebody else than the worker
+
+    HWND Exchange(HWND hWndNew)
+    {
+        return static_cast<HWND>(
+            ::InterlockedExchangePointer(reinterpret_cast<void* volatile*>(&block.hWnd), hWndNew));
+    }
+    static LONGLONG PutWindowBack(void* pArg, HWND /*hWnd*/)
+    {
+        auto& contest = *static_cast<Contest*>(pArg);
+        contest.Exchange(contest.hWnd);
+        return 1;
+    }
+};
+
+// In the place of Sleep: the window comes back while the worker sleeps for the third time.
+Contest* g_pAsleep = nullptr;
+int g_nSleeps = 0;
+void WINAPI PutWindowBackAtLast(DWORD nMilliseconds)
+{
+    EXPECT_GT(nMilliseconds, 0U);
+    if (++g_nSleeps == 3)
+        g_pAsleep->Exchange(g_pAsleep->hWnd);
+}
+
+int CountJobsDone(HWND hWnd)
+{
+    int nMessages = 0;
+    MSG msg = {};
+    while (::PeekMessageA(&msg, hWnd, WM_WAITDLG_JOBDONE, WM_WAITDLG_JOBDONE, PM_REMOVE))
+        ++nMessages;
+    return nMessages;
+}
+
 // The dialog with its protected operations in reach.
 class OpenDialog : public CWaitDlgModless
 {
@@ -125,6 +189,17 @@ TEST(WaitDialog, TicksEvery600Milliseconds)
     dlg.DestroyWindow();
 }
 
+TEST(WaitDialog, IsPutOnTopWhereItIs)
+{
+    const ImportPatch patch(::GetModuleHandleA(nullptr), "SetWindowPos",
+                            reinterpret_cast<void*>(&ExpectTopmostWhereItIs));
+    ASSERT_TRUE(patch.IsActive());
+    OpenDialog dlg;
+    ASSERT_TRUE(dlg.Create(IDD_WAITDLG, nullptr));
+    EXPECT_EQ(g_nPlaced, 1);
+    dlg.DestroyWindow();
+}
+
 TEST(WaitDialog, HasAnIdleProcedureForABlockWithoutAJob)
 {
     WaitJobBlock block = {};
@@ -181,6 +256,52 @@ TEST(WaitDialog, HasAWorkerProcedureThatGivesAMarkToNoJobForAWindow)
     }
 }
 
+TEST(WaitDialog, HasAWorkerProcedureThatSleepsWhileItIsAboutToBeTerminated)
+{
+    const HostWindow host(0, 0, 10, 10);
+    Contest contest;
+    contest.hWnd = host.Handle();
+    const WaitJobProc pfnJob = [](void* pArg, HWND /*hWnd*/) -> LONGLONG {
+        static_cast<Contest*>(pArg)->Exchange(reinterpret_cast<HWND>(INT_PTR{-1}));
+        return 1;
+    };
+    contest.block = {host.Handle(), &contest, 0, pfnJob};
+    g_pAsleep = &contest;
+    g_nSleeps = 0;
+    const ImportPatch patch(::GetModuleHandleA(nullptr), "Sleep",
+                            reinterpret_cast<void*>(&PutWindowBackAtLast));
+    ASSERT_TRUE(patch.IsActive());
+    EXPECT_EQ(WaitDlgThreadProc(&contest.block), 0U);
+    EXPECT_EQ(g_nSleeps, 3);
+    EXPECT_EQ(CountJobsDone(host.Handle()), 1) << "it was not terminated after all";
+    EXPECT_EQ(contest.block.hWnd, nullptr);
+}
+
+// The dialog's thread may take the window at any instant: one of the two has it, never both.
+TEST(WaitDialog, HasAWorkerProcedureThatTakesTheWindowUnlessSomebodyElseHasIt)
+{
+    constexpr int kRounds = 5000;
+    const HostWindow host(0, 0, 10, 10);
+    Contest contest;
+    contest.hWnd = host.Handle();
+    int nPosted = 0;
+    {
+        DriverThread driver([&contest] {
+            while (!contest.bOver)
+                contest.nTaken += contest.Exchange(nullptr) == contest.hWnd ? 1 : 0;
+        });
+        for (int i = 0; i < kRounds; ++i)
+        {
+            contest.block = {nullptr, &contest, 0, &Contest::PutWindowBack};
+            EXPECT_EQ(WaitDlgThreadProc(&contest.block), 0U);
+            nPosted += CountJobsDone(host.Handle());
+        }
+        contest.bOver = TRUE;
+    }
+    EXPECT_EQ(nPosted + contest.nTaken, kRounds);
+    std::printf("of %d windows, the worker took %d\n", kRounds, nPosted);
+}
+
 TEST(WaitDialog, TakesATickAfterTheWatchdogHasTerminatedTheWorker)
 {
     HeldJob job;
@@ -195,6 +316,34 @@ TEST(WaitDialog, TakesATickAfterTheWatchdogHasTerminatedTheWorker)
     Tick(dlg.GetSafeHwnd(), 1);
     EXPECT_EQ(dlg.m_nTicks, kWatchdogTicks + 1);
     EXPECT_EQ(dlg.m_job.nResult, 0);
+    dlg.DestroyWindow();
+}
+
+TEST(WaitDialog, WaitsUntilTheTerminatedWorkerIsReallyGone)
+{
+    HeldJob job;
+    OpenDialog dlg;
+    dlg.m_job.pArg = &job;
+    dlg.m_job.pfnJob = &HeldJob::Run;
+    ASSERT_TRUE(dlg.Create(IDD_WAITDLG, nullptr));
+    ASSERT_EQ(::WaitForSingleObject(job.hStarted, kLimitMilliseconds),
+              static_cast<DWORD>(WAIT_OBJECT_0));
+    g_hAsked = ::CreateEventA(nullptr, TRUE, FALSE, nullptr);
+    {
+        ImportPatch patch(::GetModuleHandleA(nullptr), "TerminateThread",
+                          reinterpret_cast<void*>(&PromiseToTerminate));
+        ASSERT_TRUE(patch.IsActive());
+        const auto pfnTerminate = reinterpret_cast<BOOL(WINAPI*)(HANDLE, DWORD)>(patch.Original());
+        DriverThread driver([pfnTerminate] {
+            EXPECT_EQ(::WaitForSingleObject(g_hAsked, kLimitMilliseconds),
+                      static_cast<DWORD>(WAIT_OBJECT_0));
+            ::SleepEx(50, FALSE); // time to go on too early
+            pfnTerminate(g_hToTerminate, 0);
+        });
+        Tick(dlg.GetSafeHwnd(), kWatchdogTicks);
+        EXPECT_TRUE(job.WorkerHasEnded(0));
+    }
+    ::CloseHandle(g_hAsked);
     dlg.DestroyWindow();
 }
 

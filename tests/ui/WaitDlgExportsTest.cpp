@@ -1,4 +1,5 @@
 // DoWaitDlgModless and CloseWaitDlg of the built DLL, on real windows.
+#include "tests/support/ImportPatch.h"
 #include "tests/support/LoadedTarn.h"
 #include "tests/support/ResourceCount.h"
 #include "tests/support/WindowDriver.h"
@@ -6,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 using namespace window_driver;
 
@@ -42,6 +44,20 @@ RECT RectOf(HWND hWnd)
     RECT rc = {};
     ::GetWindowRect(hWnd, &rc);
     return rc;
+}
+
+struct Placed
+{
+    HWND hWnd, hWndAfter;
+    int x, y, cx, cy;
+    UINT nFlags;
+};
+std::vector<Placed> g_placed;
+
+BOOL WINAPI NotePlace(HWND hWnd, HWND hWndAfter, int x, int y, int cx, int cy, UINT nFlags)
+{
+    g_placed.push_back({hWnd, hWndAfter, x, y, cx, cy, nFlags});
+    return ::SetWindowPos(hWnd, hWndAfter, x, y, cx, cy, nFlags);
 }
 } // namespace
 
@@ -135,6 +151,25 @@ TEST_F(WaitWindow, IsVisibleAndPaintedWhenTheCallReturns)
     EXPECT_TRUE(::IsWindowVisible(hWnd));
     EXPECT_FALSE(::GetUpdateRect(hWnd, nullptr, FALSE));
     EXPECT_FALSE(::GetUpdateRect(::GetDlgItem(hWnd, kMessageControl), nullptr, FALSE));
+}
+
+// Nobody sees the size that goes with SWP_NOSIZE, but whoever watches the calls.
+TEST_F(WaitWindow, IsPlacedByOneCallThatMovesItAndShowsIt)
+{
+    const HostWindow host(100, 100, 500, 400);
+    const ImportPatch patch(tarn.Module(), "SetWindowPos", reinterpret_cast<void*>(&NotePlace));
+    ASSERT_TRUE(patch.IsActive());
+    g_placed.clear();
+    HWND const hWnd = Open(host.Handle());
+    ASSERT_EQ(g_placed.size(), 2U) << "the first one while it is made";
+    const Placed& placed = g_placed[1];
+    EXPECT_EQ(placed.hWnd, hWnd);
+    EXPECT_EQ(placed.hWndAfter, HWND_TOPMOST);
+    EXPECT_EQ(placed.x, RectOf(hWnd).left);
+    EXPECT_EQ(placed.y, RectOf(hWnd).top);
+    EXPECT_EQ(placed.cx, 0);
+    EXPECT_EQ(placed.cy, 0);
+    EXPECT_EQ(placed.nFlags, static_cast<UINT>(SWP_NOSIZE | SWP_SHOWWINDOW));
 }
 
 struct ParentCase

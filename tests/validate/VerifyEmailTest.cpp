@@ -1,6 +1,7 @@
 #include "include/tarn.h"
 
 #include "tests/support/GuardedBuffer.h"
+#include "tests/support/ImportPatch.h"
 #include "tests/support/LoadedTarn.h"
 #include "tests/validate/EmailModel.h"
 
@@ -111,5 +112,28 @@ TEST_F(VerifyEmail, AgreesWithTheModelOnAddressesOf100KB)
 {
     for (const std::string& text : email_model::LongAddresses())
         ASSERT_NO_FATAL_FAILURE(Expect(text, email_model::Expect(text)));
+}
+int g_nAllocations = 0;
+
+LPVOID WINAPI CountingAlloc(HANDLE hHeap, DWORD nFlags, SIZE_T cb)
+{
+    ++g_nAllocations;
+    return ::HeapAlloc(hHeap, nFlags, cb);
+}
+
+TEST_F(VerifyEmail, TakesMemoryForAnAddressOfMoreThan255BytesOnly)
+{
+    Expect("a@b.c", email_model::Expect("a@b.c")); // what the thread needs has been made
+    const ImportPatch patch(s_pTarn->Module(), "HeapAlloc",
+                            reinterpret_cast<void*>(&CountingAlloc));
+    ASSERT_TRUE(patch.IsActive());
+    const std::string domain = "@b.c";
+    for (const std::size_t cb : {5U, 100U, 254U, 255U, 256U, 1000U})
+    {
+        const std::string address = std::string(cb - domain.size(), 'a') + domain;
+        g_nAllocations = 0;
+        Expect(address, email_model::Expect(address));
+        EXPECT_EQ(g_nAllocations, cb > 255 ? 1 : 0) << cb;
+    }
 }
 } // namespace
