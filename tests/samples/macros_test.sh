@@ -77,15 +77,9 @@ double_byte() {
         'copied: 1|under its own name|0 -1 [Missing  @  ]|the same 1000 letters'
 }
 
-# box_with TEXT: left, top, right and bottom of the window that holds it.
-box_with() {
-    probe | awk -F'\t' -v text="$1" '
-        $1 == "window" { rectangle = $3 } index($0, text) { print rectangle; exit }'
-}
-
 # A library that the installer cannot load: a sentence, no crash.
 unusable() { # NAME INSTALLER
-    local name="$1 with a 32-bit tarn.dll" code installer limit window='' left top
+    local name="$1 with a 32-bit tarn.dll" code installer limit window=''
     local sentence='The setup library cannot be used'
     timeout 60 wine "$2" /S &> "$out/macros.log"
     code=$?
@@ -97,12 +91,9 @@ unusable() { # NAME INSTALLER
     until [ -n "$window" ] || [ $SECONDS -ge $limit ]; do
         window=$(probe | grep -o "$sentence.*")
     done
-    # The page behind the box may have been activated after it: a click on the caption of the box
-    # gives it the keys.
+    # A box that has only just appeared may not have the focus yet.
     while kill -0 $installer 2> /dev/null && [ $SECONDS -lt $limit ]; do
-        if read -r left top _ < <(box_with "$sentence"); then
-            xdotool mousemove $((left + 60)) $((top + 10)) click 1 key Return
-        fi
+        xdotool key Return
         sleep 0.2
     done
     wait $installer
