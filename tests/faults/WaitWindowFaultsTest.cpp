@@ -582,6 +582,7 @@ TEST(WaitWindowCopies, UnderDifferentNamesHaveAWindowEach)
     const HostWindow host(100, 100, 700, 500);
     constexpr int kCopies = 4;
     EXPECT_TRUE(LeavesNothingBehind([&] {
+        const CallersState before = CallersState::Now();
         std::vector<std::unique_ptr<LoadedTarn>> copies;
         std::vector<HWND> windows;
         for (int i = 0; i < kCopies; ++i)
@@ -610,7 +611,11 @@ TEST(WaitWindowCopies, UnderDifferentNamesHaveAWindowEach)
             copies[static_cast<std::size_t>(i)]->CloseWaitDlg();
             EXPECT_FALSE(::IsWindow(windows[static_cast<std::size_t>(i)]));
         }
+        copies[2]->DoWaitDlgModless(host.Handle(), "again", kText);
+        EXPECT_TRUE(::IsWindowVisible(FindTopLevel("again")));
+        copies[2]->CloseWaitDlg();
         PumpOnce();
+        EXPECT_EQ(CallersState::Now(), before);
     }));
 }
 } // namespace

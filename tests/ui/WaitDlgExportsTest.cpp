@@ -1,7 +1,7 @@
 // DoWaitDlgModless and CloseWaitDlg of the built DLL, on real windows.
+#include "tests/support/CleanFault.h"
 #include "tests/support/ImportPatch.h"
 #include "tests/support/LoadedTarn.h"
-#include "tests/support/ResourceCount.h"
 #include "tests/support/WindowDriver.h"
 
 #include <gtest/gtest.h>
@@ -36,6 +36,13 @@ protected:
     }
 
     static constexpr const char* kCaption = "Tarn wait window under test";
+    void ExpectToWork()
+    {
+        HWND const hWnd = Open();
+        EXPECT_TRUE(::IsWindowVisible(hWnd));
+        EXPECT_EQ(tarn.CloseWaitDlg(), 0);
+        EXPECT_FALSE(::IsWindow(hWnd));
+    }
     LoadedTarn tarn;
 };
 
@@ -382,30 +389,38 @@ TEST_F(WaitWindow, OutlivesItsParent)
 
 TEST_F(WaitWindow, WorksOnAnotherThread)
 {
-    bool bOpened = false;
-    bool bClosed = false;
-    DriverThread thread([&] {
-        tarn.DoWaitDlgModless(nullptr, "on a second thread", "x");
-        HWND const hWnd = FindTopLevel("on a second thread");
-        bOpened = ::IsWindowVisible(hWnd) != FALSE;
-        tarn.CloseWaitDlg();
-        bClosed = !::IsWindow(hWnd);
-    });
-    thread.Join();
-    EXPECT_TRUE(bOpened);
-    EXPECT_TRUE(bClosed);
+    const auto onAnotherThread = [this] {
+        bool bOpened = false;
+        bool bClosed = false;
+        DriverThread thread([&] {
+            tarn.DoWaitDlgModless(nullptr, "on a second thread", "x");
+            HWND const hWnd = FindTopLevel("on a second thread");
+            bOpened = ::IsWindowVisible(hWnd) != FALSE;
+            tarn.CloseWaitDlg();
+            bClosed = !::IsWindow(hWnd);
+        });
+        thread.Join();
+        EXPECT_TRUE(bClosed);
+        return bOpened;
+    };
+    ExpectCleanFault(true, onAnotherThread, [this] { ExpectToWork(); });
 }
 
 TEST_F(WaitWindow, ClosedFromAnotherThreadIsHiddenAndLeftInert)
 {
-    HWND const hWnd = Open();
-    DriverThread thread([&] { tarn.CloseWaitDlg(); });
-    thread.Join();
-    EXPECT_TRUE(PumpUntil([hWnd] { return !::IsWindowVisible(hWnd); }));
-    Tick(hWnd, kWatchdogTicks);
-    ::SendMessageA(hWnd, WM_USER + 1, 0, 0);
-    EXPECT_EQ(tarn.CloseWaitDlg(), 0);
-    ::DestroyWindow(hWnd);
+    const auto closeOnAnotherThread = [this] {
+        HWND const hWnd = Open();
+        int nClosed = -1;
+        DriverThread thread([&] { nClosed = tarn.CloseWaitDlg(); });
+        thread.Join();
+        EXPECT_TRUE(PumpUntil([hWnd] { return !::IsWindowVisible(hWnd); }));
+        Tick(hWnd, kWatchdogTicks);
+        ::SendMessageA(hWnd, WM_USER + 1, 0, 0);
+        EXPECT_EQ(tarn.CloseWaitDlg(), 0);
+        EXPECT_TRUE(::DestroyWindow(hWnd)); // what stays behind
+        return nClosed;
+    };
+    ExpectCleanFault(0, closeOnAnotherThread, [this] { ExpectToWork(); });
 }
 
 TEST_F(WaitWindow, LeavesTheCallersActivationContextAloneWhileMessagesArrive)
