@@ -200,6 +200,14 @@ TEST(WaitDialog, IsPutOnTopWhereItIs)
     dlg.DestroyWindow();
 }
 
+TEST(WaitDialog, LeavesTheFocusToTheDialogManager)
+{
+    OpenDialog dlg;
+    ASSERT_TRUE(dlg.Create(IDD_WAITDLG, nullptr));
+    EXPECT_TRUE(dlg.OnInitDialog());
+    dlg.DestroyWindow();
+}
+
 TEST(WaitDialog, HasAnIdleProcedureForABlockWithoutAJob)
 {
     WaitJobBlock block = {};
