@@ -96,7 +96,7 @@ struct Contest
     WaitJobBlock block = {};
     HWND hWnd = nullptr;
     volatile LONG bOver = FALSE;
-    int nTaken = 0; // by somebody else than the worker
+    volatile LONG nTaken = 0; // by somebody else than the worker
 
     HWND Exchange(HWND hWndNew)
     {
@@ -296,7 +296,8 @@ TEST(WaitDialog, HasAWorkerProcedureThatSleepsWhileItIsAboutToBeTerminated)
 // The dialog's thread may take the window at any instant: one of the two has it, never both.
 TEST(WaitDialog, HasAWorkerProcedureThatTakesTheWindowUnlessSomebodyElseHasIt)
 {
-    constexpr int kRounds = 500000;
+    constexpr LONG kTaken = 50000;
+    constexpr DWORD kMilliseconds = 5000; // enough, also for one processor
     const HostWindow host(0, 0, 10, 10);
     Contest contest;
     contest.hWnd = host.Handle();
@@ -304,20 +305,23 @@ TEST(WaitDialog, HasAWorkerProcedureThatTakesTheWindowUnlessSomebodyElseHasIt)
                             reinterpret_cast<void*>(&CountPosts));
     ASSERT_TRUE(patch.IsActive());
     g_nPosted = 0;
+    int nRounds = 0;
     {
         DriverThread driver([&contest] {
             while (!contest.bOver)
-                contest.nTaken += contest.Exchange(nullptr) == contest.hWnd ? 1 : 0;
+                contest.nTaken =
+                    contest.nTaken + (contest.Exchange(nullptr) == contest.hWnd ? 1 : 0);
         });
-        for (int i = 0; i < kRounds; ++i)
+        for (const DWORD nStart = ::GetTickCount();
+             contest.nTaken < kTaken && ::GetTickCount() - nStart < kMilliseconds; ++nRounds)
         {
             contest.block = {nullptr, &contest, 0, &Contest::PutWindowBack};
             WaitDlgThreadProc(&contest.block);
         }
         contest.bOver = TRUE;
     }
-    EXPECT_EQ(g_nPosted + contest.nTaken, kRounds);
-    std::printf("of %d windows, the worker took %d\n", kRounds, g_nPosted);
+    EXPECT_EQ(g_nPosted + contest.nTaken, nRounds);
+    std::printf("of %d windows, the worker took %d\n", nRounds, g_nPosted);
 }
 
 TEST(WaitDialog, TakesATickAfterTheWatchdogHasTerminatedTheWorker)
