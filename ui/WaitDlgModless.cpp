@@ -29,7 +29,7 @@ HWND Exchange(WaitJobBlock& job, HWND hWnd)
 HWND TakeWindow(WaitJobBlock& job)
 {
     auto* const pWindow = reinterpret_cast<void* volatile*>(&job.hWnd);
-    void* pSeen;
+    void* pSeen = nullptr;
     do
     {
         // Killed: the dialog's thread is about to terminate this one. It had better be asleep than on

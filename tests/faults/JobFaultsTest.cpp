@@ -595,6 +595,14 @@ BOOL WINAPI PostWhenToldTo(HWND hWnd, UINT message, WPARAM wParam, LPARAM lParam
     return ::PostMessageA(hWnd, message, wParam, lParam);
 }
 
+// Not before the dialog waits for the worker's end.
+DWORD WINAPI WaitAndLetThePostEnd(HANDLE hObject, DWORD nMilliseconds)
+{
+    if (nMilliseconds == INFINITE)
+        ::SetEvent(g_hPostMayEnd);
+    return WaitIfValid(hObject, nMilliseconds);
+}
+
 // The job has ended, and its thread is on its way out when the watchdog comes: nobody is to be
 // terminated any more, and the result counts.
 TEST(JobRace, BetweenTheEndOfTheJobAndTheWatchdogTerminatesNobody)
@@ -607,17 +615,19 @@ TEST(JobRace, BetweenTheEndOfTheJobAndTheWatchdogTerminatesNobody)
         {
             const ImportPatch patch(jobs.Module(), "PostMessageA",
                                     reinterpret_cast<void*>(&PostWhenToldTo));
+            const ImportPatch waits(jobs.Module(), "WaitForSingleObject",
+                                    reinterpret_cast<void*>(&WaitAndLetThePostEnd));
             const FailingCall failing(jobs.Module(), "TerminateThread", TRUE);
             DriverThread driver([] {
                 HWND const hWnd = WaitForDialog();
                 EXPECT_EQ(::WaitForSingleObject(g_hPosts, kLimitMilliseconds), WAIT_OBJECT_0);
                 Tick(hWnd);
-                ::SetEvent(g_hPostMayEnd);
             });
             EXPECT_EQ(jobs.Run(&CountRuns, &nRuns), kValue);
             EXPECT_EQ(FailingCall::Calls(), 0);
+            EXPECT_TRUE(g_bPosted) << "before its object is deleted";
+            ::SetEvent(g_hPostMayEnd);
         }
-        EXPECT_TRUE(g_bPosted) << "before its object is deleted";
         EXPECT_EQ(nRuns, 1);
         ::CloseHandle(g_hPosts);
         ::CloseHandle(g_hPostMayEnd);

@@ -179,6 +179,29 @@ TEST_F(WaitWindow, IsPlacedByOneCallThatMovesItAndShowsIt)
     EXPECT_EQ(placed.nFlags, static_cast<UINT>(SWP_NOSIZE | SWP_SHOWWINDOW));
 }
 
+HWND g_hParent = nullptr;
+
+// As if the system had not made the window in the screen's corner.
+BOOL WINAPI FindElsewhere(HWND hWnd, RECT* pRect)
+{
+    const BOOL bFound = ::GetWindowRect(hWnd, pRect);
+    if (hWnd != g_hParent)
+        ::OffsetRect(pRect, 70, 30);
+    return bFound;
+}
+
+TEST_F(WaitWindow, IsCentredWhereverItWasMade)
+{
+    const HostWindow host(100, 100, 500, 400);
+    g_hParent = host.Handle();
+    const ImportPatch patch(tarn.Module(), "GetWindowRect",
+                            reinterpret_cast<void*>(&FindElsewhere));
+    ASSERT_TRUE(patch.IsActive());
+    const RECT rc = RectOf(Open(host.Handle()));
+    EXPECT_EQ(rc.left, 300 - (rc.right - rc.left) / 2);
+    EXPECT_EQ(rc.top, 250 - (rc.bottom - rc.top) / 2);
+}
+
 struct ParentCase
 {
     const char* pszSentence;
