@@ -20,8 +20,8 @@ Page instfiles
   UninstPage instfiles
 !endif
 
-Var Output
 !ifndef INIT_ONLY
+  Var Output
   Var Line
 !endif
 !define Print "!insertmacro Print"
@@ -172,29 +172,32 @@ Var Output
   ${Tarn_Free}
 !macroend
 
+!ifdef INIT_ONLY
+; Where it belongs: its message box on the wizard's own thread.
+Function .onInit
+  ${Tarn_Init}
+  ${Tarn_Free}
+FunctionEnd
+
+Section
+SectionEnd
+!else
 Section
   System::Call 'kernel32::GetStdHandle(i -11) p .s'
   Pop $Output
-  !ifdef INIT_ONLY
-    ${Tarn_Init}
-    ${Print} "ready"
-    ${Tarn_Free}
-  !else
-    SetOutPath "$INSTDIR"
-    ${GetParameters} $R0
-    ClearErrors
-    ${GetOptions} $R0 "/DOUBLE_BYTE" $R1
-    ${IfNot} ${Errors}
-      !insertmacro DoubleByteCalls
-      Return
-    ${EndIf}
-    !insertmacro Calls
-    SetOutPath "$TEMP"
-    WriteUninstaller "$INSTDIR\uninstall.exe"
-  !endif
+  SetOutPath "$INSTDIR"
+  ${GetParameters} $R0
+  ClearErrors
+  ${GetOptions} $R0 "/DOUBLE_BYTE" $R1
+  ${IfNot} ${Errors}
+    !insertmacro DoubleByteCalls
+    Return
+  ${EndIf}
+  !insertmacro Calls
+  SetOutPath "$TEMP"
+  WriteUninstaller "$INSTDIR\uninstall.exe"
 SectionEnd
 
-!ifndef INIT_ONLY
 Section Uninstall
   System::Call 'kernel32::GetStdHandle(i -11) p .s'
   Pop $Output
