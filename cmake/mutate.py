@@ -45,9 +45,8 @@ FIRST_TESTS = (
     (r"ui/", None, r"ui\.WaitDlgExports"),
     (r"", None, r"(frame\.(TarnApp|ExportGuard|LoadUnload)|binary\..*|validate\.VerifyEmail)"),
 )
-# All tests that run the library. The native ones run the same code as their namesakes here. Those of
-# leaks measure what other programs move, too, and here many run side by side.
-ALL_TESTS = r"(binary|faults|frame|framework|install|ui|validate)\.(?!.*Leak).*"
+# All tests that run the library. The native ones run the same code as their namesakes here.
+ALL_TESTS = r"(binary|faults|frame|framework|install|ui|validate)\..*"
 
 TOKEN = re.compile(r"""
     (?P<comment>//[^\n]*|/\*.*?\*/)
@@ -280,7 +279,7 @@ class Tests:
     def select(self, pattern):
         found = [name for name, (command, _) in self.tests.items()
                  if re.fullmatch(pattern, name) and self.program(command) is not None]
-        return sorted(found, key=lambda name: ("Slow" in name, name))
+        return sorted(found, key=lambda name: (re.search("Slow|Leak", name) is not None, name))
 
     def program(self, command):
         """Of a test that is one program of the build; others are not run here."""
