@@ -442,25 +442,18 @@ TEST_F(WaitWindowFault, OfFindingTheObjectIsTheSystemsDefaultForThatMessage)
 }
 
 // Handles, windows, threads and heaps as they were; of the rest at most what the system's dialogs have
-// for themselves, a font and a block of memory each. Tried a few times: the system keeps something of
-// its own now and then.
+// for themselves, a font and a block of memory each.
 template <class Action>
 testing::AssertionResult LeavesDataOfDialogsBehind(unsigned int nDialogs, const Action& action)
 {
-    ResourceCount before;
-    ResourceCount after;
-    for (int nTries = 0; nTries < 5; ++nTries)
-    {
-        before = ResourceCount::Now();
-        action();
-        after = ResourceCount::Now();
-        if (after.nHandles == before.nHandles && after.nUserObjects == before.nUserObjects &&
-            after.nThreads == before.nThreads && after.nHeaps == before.nHeaps &&
-            after.nGdiObjects <= before.nGdiObjects + nDialogs &&
-            after.nHeapBlocks <= before.nHeapBlocks + nDialogs)
-            return testing::AssertionSuccess();
-    }
-    return testing::AssertionFailure() << "before: " << before << "\nafter: " << after;
+    return LeavesOnly(
+        [nDialogs](const ResourceCount& before, const ResourceCount& after) {
+            return after.nHandles == before.nHandles && after.nUserObjects == before.nUserObjects &&
+                   after.nThreads == before.nThreads && after.nHeaps == before.nHeaps &&
+                   after.nGdiObjects <= before.nGdiObjects + nDialogs &&
+                   after.nHeapBlocks <= before.nHeapBlocks + nDialogs;
+        },
+        action);
 }
 
 // For as long as the window lives: not even its last message reaches the system's own procedure, which

@@ -28,10 +28,10 @@ struct ResourceCount
 bool operator==(const ResourceCount& a, const ResourceCount& b);
 std::ostream& operator<<(std::ostream& stream, const ResourceCount& count);
 
-// Whether an action gives back all that it takes. It is repeated a few times: the system and the C
+// Whether an action leaves no more than is allowed. It is repeated a few times: the system and the C
 // library keep something now and then, a leak takes something every time.
-template <class Action>
-testing::AssertionResult LeavesNothingBehind(const Action& action)
+template <class Allowed, class Action>
+testing::AssertionResult LeavesOnly(const Allowed& allowed, const Action& action)
 {
     ResourceCount before;
     ResourceCount after;
@@ -40,8 +40,17 @@ testing::AssertionResult LeavesNothingBehind(const Action& action)
         before = ResourceCount::Now();
         action();
         after = ResourceCount::Now();
-        if (after == before)
+        if (allowed(before, after))
             return testing::AssertionSuccess();
     }
     return testing::AssertionFailure() << "before: " << before << "\nafter: " << after;
+}
+
+// Whether an action gives back all that it takes.
+template <class Action>
+testing::AssertionResult LeavesNothingBehind(const Action& action)
+{
+    return LeavesOnly(
+        [](const ResourceCount& before, const ResourceCount& after) { return after == before; },
+        action);
 }

@@ -146,6 +146,16 @@ public:
     using CWaitDlgModless::OnInitDialog;
     using CWaitDlgModless::OnJobDone;
     using CWaitDlgModless::OnTimer;
+
+    // Opens with a job that holds, and returns once that runs.
+    void OpenFor(HeldJob& job)
+    {
+        m_job.pArg = &job;
+        m_job.pfnJob = &HeldJob::Run;
+        ASSERT_TRUE(Create(IDD_WAITDLG, nullptr));
+        ASSERT_EQ(::WaitForSingleObject(job.hStarted, kLimitMilliseconds),
+                  static_cast<DWORD>(WAIT_OBJECT_0));
+    }
 };
 } // namespace
 
@@ -328,11 +338,7 @@ TEST(WaitDialog, TakesATickAfterTheWatchdogHasTerminatedTheWorker)
 {
     HeldJob job;
     OpenDialog dlg;
-    dlg.m_job.pArg = &job;
-    dlg.m_job.pfnJob = &HeldJob::Run;
-    ASSERT_TRUE(dlg.Create(IDD_WAITDLG, nullptr));
-    ASSERT_EQ(::WaitForSingleObject(job.hStarted, kLimitMilliseconds),
-              static_cast<DWORD>(WAIT_OBJECT_0));
+    ASSERT_NO_FATAL_FAILURE(dlg.OpenFor(job));
     Tick(dlg.GetSafeHwnd(), kWatchdogTicks);
     EXPECT_TRUE(job.WorkerHasEnded(0));
     Tick(dlg.GetSafeHwnd(), 1);
@@ -345,11 +351,7 @@ TEST(WaitDialog, WaitsUntilTheTerminatedWorkerIsReallyGone)
 {
     HeldJob job;
     OpenDialog dlg;
-    dlg.m_job.pArg = &job;
-    dlg.m_job.pfnJob = &HeldJob::Run;
-    ASSERT_TRUE(dlg.Create(IDD_WAITDLG, nullptr));
-    ASSERT_EQ(::WaitForSingleObject(job.hStarted, kLimitMilliseconds),
-              static_cast<DWORD>(WAIT_OBJECT_0));
+    ASSERT_NO_FATAL_FAILURE(dlg.OpenFor(job));
     g_hAsked = ::CreateEventA(nullptr, TRUE, FALSE, nullptr);
     {
         ImportPatch patch(::GetModuleHandleA(nullptr), "TerminateThread",
