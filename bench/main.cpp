@@ -1,5 +1,5 @@
 // The performance table: each call of the library beside the system's bare calls for the same work,
-// in one process and in turn. docs/performance.md explains the rows.
+// in one process and in turn. internals/performance.md explains the rows.
 //
 //   bench TARN_DLL EMPTY_DLL PLUGIN_FOLDER
 //

@@ -64,7 +64,7 @@ my %source;
 for (lines("${prefix}nm", '--size-sort', '-S', '-l', "$dll.debug")) {
     my ($bytes, $type, $file) = /^[0-9a-f]+ ([0-9a-f]+) (\S) \S+\t(\S+):\d+$/ or next;
     next if $type =~ /^[bBN]$/;
-    $file =~ s{^.*?((?:frame|framework|install|ui|validate)/[^/]+)$}{$1} or next;
+    $file =~ s{^.*?((?:frame|framework|runtime|install|ui|validate)/(?:[^/]+/)?[^/]+)$}{$1} or next;
     $source{$file} += hex $bytes;
 }
 table('source (functions and named constants)', %source);

@@ -4,15 +4,15 @@
 #ifdef _WIN32
 #include <windows.h>
 #else
-#include "NativeTypes.h"
+#include "framework/text/NativeTypes.h"
 #endif
 
-#include "CException.h"
-#include "CInvalidArgException.h"
-#include "CMemoryException.h"
 #include "afxstr.h"
+#include "framework/exceptions/CException.h"
+#include "framework/exceptions/CInvalidArgException.h"
+#include "framework/exceptions/CMemoryException.h"
 
 #ifdef _WIN32
-#include "CFile.h"
-#include "CFileException.h"
+#include "framework/files/CFile.h"
+#include "framework/files/CFileException.h"
 #endif

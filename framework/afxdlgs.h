@@ -3,4 +3,4 @@
 
 #include <afxwin.h>
 
-#include "CFileDialog.h"
+#include "framework/windows/CFileDialog.h"

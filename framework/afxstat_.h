@@ -3,7 +3,7 @@
 
 #include <afx.h>
 
-#include "ActCtx.h"
-#include "MaintainState.h"
-#include "ModuleState.h"
-#include "ThreadState.h"
+#include "framework/modules/ActCtx.h"
+#include "framework/modules/MaintainState.h"
+#include "framework/modules/ModuleState.h"
+#include "framework/modules/ThreadState.h"

@@ -1,6 +1,6 @@
 // The string classes.
 #pragma once
 
-#include "CString.h"
+#include "framework/text/CString.h"
 
-#include "CFixedString.h"
+#include "framework/text/CFixedString.h"

@@ -5,10 +5,10 @@
 
 #include <afxstat_.h>
 
-#include "AfxMessageBox.h"
-#include "CCmdTarget.h"
-#include "CDialog.h"
-#include "CWinApp.h"
-#include "CWinThread.h"
-#include "CWnd.h"
-#include "MessageMap.h"
+#include "framework/modules/CWinApp.h"
+#include "framework/modules/CWinThread.h"
+#include "framework/windows/AfxMessageBox.h"
+#include "framework/windows/CCmdTarget.h"
+#include "framework/windows/CDialog.h"
+#include "framework/windows/CWnd.h"
+#include "framework/windows/MessageMap.h"

@@ -1,7 +1,7 @@
 // What the fuzz targets share: the input taken apart, and text as characters of two code pages.
 #pragma once
 
-#include "framework/CodePage.h"
+#include "framework/text/CodePage.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -40,8 +40,8 @@ make_installer() {
 start_wine() {
     [ -n "${TARN_WINE_DIR:-}" ] || trap wine_stop EXIT
     : "${TARN_WINE_DIR:=$out/wine}"
-    # shellcheck source=cmake/wine-env.sh
-    . "$samples/../cmake/wine-env.sh"
+    # shellcheck source=tools/wine-env.sh
+    . "$samples/../tools/wine-env.sh"
     wine_start || die "Wine cannot be started"
 }
 

@@ -122,7 +122,7 @@ done <<< "$messages"
 version=$(sed -n 's/^project(tarn VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)
 [ -n "$version" ] || fail 'CMakeLists.txt: no version'
 grep -qxF "## $version" CHANGELOG.md || fail "CHANGELOG.md has no section $version"
-grep -hoE 'tarn-[0-9][0-9.]*-win64' README.md CONTRIBUTING.md docs/*.md | grep -vxF "tarn-$version-win64" &&
+grep -hoE 'tarn-[0-9][0-9.]*-win64' README.md CONTRIBUTING.md docs/*.md internals/*.md | grep -vxF "tarn-$version-win64" &&
     fail "the version is $version"
 
 # Macros and commands
@@ -131,17 +131,17 @@ while read -r macro; do
 done < <(grep -rhoE '\$\{Tarn_[A-Za-z]+\}' README.md CONTRIBUTING.md docs | tr -d "\${}" | sort -u)
 while read -r command; do
     [ "$command" = help ] || grep -q "^cmd_$command()" dev || fail "there is no ./dev $command"
-done < <(grep -hoE '\./dev [a-z]+' README.md CONTRIBUTING.md CHANGELOG.md docs/*.md | cut -d' ' -f2 | sort -u)
+done < <(grep -hoE '\./dev [a-z]+' README.md CONTRIBUTING.md CHANGELOG.md docs/*.md internals/*.md | cut -d' ' -f2 | sort -u)
 while read -r command; do
     grep -q "\`\./dev $command" CONTRIBUTING.md || fail "CONTRIBUTING.md does not name ./dev $command"
 done < <(sed -n 's/^cmd_\([a-z]*\)().*/\1/p' dev)
 
 # Files and folders of the source tree, by their first part
 top=$(git ls-files 2> /dev/null | sed -n 's/\/.*//p' | sort -u | grep -v '^\.' | paste -sd'|')
-: "${top:=docs|include|frame|framework|install|ui|validate|nsis|tests|samples|cmake}"
+: "${top:=docs|include|frame|framework|runtime|internals|tools|install|ui|validate|nsis|tests|samples|cmake}"
 while IFS=: read -r page path; do
     [ -e "$path" ] || fail "$page names $path, which is not there"
-done < <(for page in README.md CONTRIBUTING.md CHANGELOG.md docs/*.md; do
+done < <(for page in README.md CONTRIBUTING.md CHANGELOG.md docs/*.md internals/*.md; do
     prose "$page" | grep -oE "\`($top)/[A-Za-z0-9_./-]*\`" | tr -d '`' | sort -u | sed "s|^|$page:|"
 done)
 
@@ -151,7 +151,7 @@ anchors() {
 }
 
 # Links
-for page in README.md CONTRIBUTING.md CHANGELOG.md docs/*.md; do
+for page in README.md CONTRIBUTING.md CHANGELOG.md docs/*.md internals/*.md; do
     while read -r link; do
         case $link in
         https://*) continue ;;
@@ -168,8 +168,8 @@ for page in README.md CONTRIBUTING.md CHANGELOG.md docs/*.md; do
 done
 
 # Every page can be found from README or from a page that README leads to.
-for page in docs/*.md; do
-    grep -qF "(${page})" README.md || grep -qF "(${page#docs/})" docs/*.md || fail "no page leads to $page"
+for page in docs/*.md internals/*.md; do
+    grep -qF "(${page})" README.md || grep -qF "(${page#*/})" "${page%/*}"/*.md || fail "no page leads to $page"
 done
 
 [ $failures = 0 ] && echo 'README, docs and sources agree.'

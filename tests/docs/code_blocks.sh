@@ -1,6 +1,6 @@
 #!/bin/bash
 # code_blocks.sh SOURCE_DIR BUILD_DIR - every code block of README.md, CONTRIBUTING.md, CHANGELOG.md and
-# docs/ does what the page says. By the word behind the opening fence:
+# docs/ and internals/ does what the page says. By the word behind the opening fence:
 #
 #   c        Compiled as C89 and as C++98. With a main function: linked and run. With functions but no
 #            main: linked as a DLL that exports them. Without an #include: declarations, which must
@@ -71,8 +71,8 @@ extract() {
     awk -v blocks="$work/blocks" '
         function fault(text) { printf "FAILED  %s:%d: %s\n", page, FNR, text; bad = 1 }
         FNR == 1 { if (inside) fault("a block is not closed"); inside = 0; blank = 1
-                   page = FILENAME; sub(/^.*\/docs\//, "docs/", page)
-                   if (page !~ /^docs\//) sub(/^.*\//, "", page) }
+                   page = FILENAME; sub(/^.*\/docs\//, "docs/", page); sub(/^.*\/internals\//, "internals/", page)
+                   if (page !~ /^(docs|internals)\//) sub(/^.*\//, "", page) }
         /^```/ && !inside {
             inside = 1; kind = $0; sub(/^```+ */, "", kind); name = "-"
             if (split(kind, words, " ") > 1) name = words[2]
@@ -310,13 +310,13 @@ done
 [ -f "$build/bin/tarn.dll" ] || { echo "code_blocks.sh: there is no $build/bin/tarn.dll" >&2; exit 2; }
 
 export TARN_WINE_DIR=$work/wine
-# shellcheck source=cmake/wine-env.sh
-. "$source/cmake/wine-env.sh"
+# shellcheck source=tools/wine-env.sh
+. "$source/tools/wine-env.sh"
 rm -rf "$work/blocks" "$work/pages" "$work/dll-exports" "$work/run"
 mkdir -p "$work/blocks" "$work/pages" "$work/run"
 : > "$work/dll-exports"
 
-extract "$source"/README.md "$source"/CONTRIBUTING.md "$source"/CHANGELOG.md "$source"/docs/*.md ||
+extract "$source"/README.md "$source"/CONTRIBUTING.md "$source"/CHANGELOG.md "$source"/docs/*.md "$source"/internals/*.md ||
     failures=$((failures + 1))
 mapfile -t index < "$work/blocks/index"
 [ ${#index[@]} -gt 0 ] || { echo 'code_blocks.sh: no blocks found' >&2; exit 1; }

@@ -3,8 +3,8 @@
 set -eu -o pipefail
 TARN_WINE_DIR=$1
 program=$2
-# shellcheck source=cmake/wine-env.sh
-. "$(dirname "$0")/../../cmake/wine-env.sh"
+# shellcheck source=tools/wine-env.sh
+. "$(dirname "$0")/../../tools/wine-env.sh"
 
 disk=$(mktemp -d)
 cleanup() {

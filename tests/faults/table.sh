@@ -1,8 +1,8 @@
 #!/bin/bash
-# table.sh SOURCE_DIR DLL OBJDUMP - docs/faults.md names every function that the DLL imports, and no
+# table.sh SOURCE_DIR DLL OBJDUMP - internals/faults.md names every function that the DLL imports, and no
 # other; every test that it names is there, and lets fail what its row is about.
 set -u
-page=$1/docs/faults.md
+page=$1/internals/faults.md
 failures=0
 fail() {
     printf 'FAILED  %s\n' "$*"
@@ -25,15 +25,15 @@ run_time=$(grep -rhoE 'GetProcAddress\([^"]*"[^"]+"' "$1"/{frame,framework,insta
 [ -n "$run_time" ] || fail 'no function is loaded at run time any more'
 
 while read -r name; do
-    grep -qx -- "$name" <<< "$named" || fail "docs/faults.md does not say what happens when $name fails"
+    grep -qx -- "$name" <<< "$named" || fail "internals/faults.md does not say what happens when $name fails"
 done <<< "$imports
 $run_time"
 while read -r name; do
     grep -qx -- "$name" <<< "$imports
-$run_time" || fail "docs/faults.md names $name, which the library does not call"
+$run_time" || fail "internals/faults.md names $name, which the library does not call"
 done <<< "$named"
 twice=$(uniq -d <<< "$named")
-[ -z "$twice" ] || fail "docs/faults.md has two rows for $twice"
+[ -z "$twice" ] || fail "internals/faults.md has two rows for $twice"
 
 # Functions that no test lets fail, with the reason.
 declare -A without=(

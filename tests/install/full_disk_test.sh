@@ -3,9 +3,9 @@
 set -eu -o pipefail
 TARN_WINE_DIR=$1
 program=$2
-cmake=$(cd "$(dirname "$0")/../../cmake" && pwd)
-# shellcheck source=cmake/wine-env.sh
-. "$cmake/wine-env.sh"
+tools=$(cd "$(dirname "$0")/../../tools" && pwd)
+# shellcheck source=tools/wine-env.sh
+. "$tools/wine-env.sh"
 
 work=$(mktemp -d)
 disk=$work/disk
@@ -35,7 +35,7 @@ limited_to_2_kb() {
 }
 
 # The first program of a server leaves processes behind that would inherit the limit.
-bash "$cmake/wine-run.sh" "$TARN_WINE_DIR" cmd /c exit
+bash "$tools/wine-run.sh" "$TARN_WINE_DIR" cmd /c exit
 wine_start
 
 echo '== A part of the file fits: the size of a file is limited'
@@ -49,5 +49,5 @@ if ! mount -t tmpfs -o size=12k tmpfs "$disk"; then
 fi
 echo '== Nothing fits: the disk has no room at all'
 head -c 12288 /dev/zero > "$disk/filler"
-write_in "$disk/App" bash "$cmake/wine-run.sh" "$TARN_WINE_DIR"
+write_in "$disk/App" bash "$tools/wine-run.sh" "$TARN_WINE_DIR"
 [ "$(stat -c %s "$disk/App/embedch/config/chrc")" = 0 ]

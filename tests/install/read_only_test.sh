@@ -4,7 +4,7 @@
 # bind root, for whom a prefix of another user's is made.
 set -eu -o pipefail
 here=$(cd "$(dirname "$0")" && pwd)
-cmake=$here/../../cmake
+tools=$here/../../tools
 nobody=65534
 
 if [ "$(id -u)" = 0 ]; then
@@ -16,10 +16,10 @@ if [ "$(id -u)" = 0 ]; then
     # That user need not be able to look into the build.
     work=$(mktemp -d)
     trap 'rm -rf "$work"' EXIT
-    mkdir -p "$work/tests/install" "$work/cmake" "$work/bin" "$work/tmp"
+    mkdir -p "$work/tests/install" "$work/tools" "$work/bin" "$work/tmp"
     dll=${TARN_DLL#?:}
     cp "${dll//\\//}" "$@" "$work/bin"
-    cp "$cmake/wine-env.sh" "$cmake/wine-run.sh" "$work/cmake"
+    cp "$tools/wine-env.sh" "$tools/wine-run.sh" "$work/tools"
     cp "$0" "$work/tests/install"
     chown -R "$nobody:$nobody" "$work"
     programs=()
@@ -36,8 +36,8 @@ fi
 
 TARN_WINE_DIR=$1
 shift
-# shellcheck source=cmake/wine-env.sh
-. "$cmake/wine-env.sh"
+# shellcheck source=tools/wine-env.sh
+. "$tools/wine-env.sh"
 output=$(mktemp)
 denied=$(mktemp -d)
 cleanup() {
@@ -53,7 +53,7 @@ chmod 000 "$denied/file.txt"
 export TARN_DENIED_FOLDER=Z:${denied//\//\\}\\folder TARN_DENIED_FILE=Z:${denied//\//\\}\\file.txt
 for program; do
     rc=0
-    bash "$cmake/wine-run.sh" "$TARN_WINE_DIR" "$program" --gtest_filter='*ReadOnly*:*MayNot*' \
+    bash "$tools/wine-run.sh" "$TARN_WINE_DIR" "$program" --gtest_filter='*ReadOnly*:*MayNot*' \
         > "$output" 2>&1 || rc=$?
     cat "$output"
     [ "$rc" = 0 ]

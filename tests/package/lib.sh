@@ -65,8 +65,8 @@ run() {
     shift
     (
         TARN_WINE_DIR=$build/wine
-        # shellcheck source=cmake/wine-env.sh
-        . "$source_dir/cmake/wine-env.sh"
+        # shellcheck source=tools/wine-env.sh
+        . "$source_dir/tools/wine-env.sh"
         wine_start && exec timeout 60 wine "$@"
     ) > out.raw 2> err.raw < /dev/null || code=$?
     tr -d '\r' < out.raw > out

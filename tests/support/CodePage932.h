@@ -11,7 +11,7 @@
 #ifdef _WIN32
 #include <windows.h>
 #else
-#include "framework/CodePage.h"
+#include "framework/text/CodePage.h"
 #endif
 
 class CodePage932 : public testing::Test

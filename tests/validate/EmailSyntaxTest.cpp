@@ -1,6 +1,6 @@
 #include "validate/EmailSyntax.h"
 
-#include "framework/CodePage.h"
+#include "framework/text/CodePage.h"
 #include "tests/validate/EmailModel.h"
 
 #include <gtest/gtest.h>

@@ -1,8 +1,0 @@
-#include "CodePage.h"
-
-#include <windows.h>
-
-bool AfxIsLeadByte(unsigned char ch) noexcept
-{
-    return ::IsDBCSLeadByte(ch) != FALSE;
-}

@@ -1,0 +1,150 @@
+#include "framework/windows/CWnd.h"
+
+#include "framework/exceptions/CException.h"
+#include "framework/modules/MaintainState.h"
+#include "framework/modules/ModuleState.h"
+
+const CWnd CWnd::wndTopMost(HWND_TOPMOST);
+
+BEGIN_MESSAGE_MAP(CWnd, CCmdTarget)
+END_MESSAGE_MAP()
+
+CWnd::~CWnd()
+{
+    if (m_pModuleState == nullptr)
+        return;
+    // Not the virtual function: this is what is left of the object.
+    if (!::DestroyWindow(m_hWnd) && m_pModuleState != nullptr)
+    {
+        ::ShowWindowAsync(m_hWnd, SW_HIDE);
+        Orphan();
+    }
+}
+
+CWnd* CWnd::FromHandlePermanent(HWND hWnd)
+{
+    return reinterpret_cast<CWnd*>(::GetWindowLongPtrA(hWnd, GWLP_USERDATA));
+}
+
+BOOL CWnd::DestroyWindow()
+{
+    return m_hWnd != nullptr && ::DestroyWindow(m_hWnd);
+}
+
+BOOL CWnd::SetWindowPos(const CWnd* pWndInsertAfter, int x, int y, int cx, int cy, UINT nFlags)
+{
+    HWND const hWndAfter = pWndInsertAfter != nullptr ? pWndInsertAfter->m_hWnd : nullptr;
+    return ::SetWindowPos(m_hWnd, hWndAfter, x, y, cx, cy, nFlags);
+}
+
+void CWnd::Attach(HWND hWnd)
+{
+    m_hWnd = hWnd;
+    m_pModuleState = AfxGetModuleState();
+    m_pModuleState->AddWindow(this);
+    ::SetWindowLongPtrA(hWnd, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
+    m_pfnSuper = reinterpret_cast<WNDPROC>(::SetWindowLongPtrA(
+        hWnd, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(m_pModuleState->m_pfnAfxWndProc)));
+}
+
+void CWnd::Detach() noexcept
+{
+    m_pModuleState->RemoveWindow(this);
+    m_pModuleState = nullptr;
+    m_hWnd = nullptr;
+}
+
+void CWnd::Orphan() noexcept
+{
+    ::SetWindowLongPtrA(m_hWnd, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(m_pfnSuper));
+    ::SetWindowLongPtrA(m_hWnd, GWLP_USERDATA, 0);
+    // A dialog's window knows one more procedure of this module.
+    ::SetWindowLongPtrA(m_hWnd, DWLP_DLGPROC, 0);
+    Detach();
+}
+
+LRESULT CWnd::WindowProc(UINT message, WPARAM wParam, LPARAM lParam)
+{
+    LRESULT lResult = 0;
+    if (!OnWndMsg(message, wParam, lParam, &lResult))
+        lResult = DefWindowProc(message, wParam, lParam);
+    return lResult;
+}
+
+BOOL CWnd::OnWndMsg(UINT message, WPARAM wParam, LPARAM lParam, LRESULT* pResult)
+{
+    if (message == WM_COMMAND && OnCommand(wParam, lParam))
+        return TRUE;
+    for (const AFX_MSGMAP* pMap = GetMessageMap(); pMap != nullptr;
+         pMap = pMap->pfnGetBaseMap != nullptr ? pMap->pfnGetBaseMap() : nullptr)
+    {
+        for (const AFX_MSGMAP_ENTRY* pEntry = pMap->lpEntries;
+             pEntry->pfnMessage != nullptr || pEntry->pfnTimer != nullptr; ++pEntry)
+        {
+            if (pEntry->nMessage != message)
+                continue;
+            *pResult = 0;
+            if (pEntry->pfnTimer != nullptr)
+                (this->*pEntry->pfnTimer)(wParam);
+            else
+                *pResult = (this->*pEntry->pfnMessage)(wParam, lParam);
+            return TRUE;
+        }
+    }
+    return FALSE;
+}
+
+BOOL CWnd::OnCommand(WPARAM /*wParam*/, LPARAM /*lParam*/)
+{
+    return FALSE;
+}
+
+LRESULT CWnd::DefWindowProc(UINT message, WPARAM wParam, LPARAM lParam)
+{
+    return ::CallWindowProcA(m_pfnSuper, m_hWnd, message, wParam, lParam);
+}
+
+void CWnd::PostNcDestroy()
+{
+}
+
+LRESULT CALLBACK AfxWndProc(HWND hWnd, UINT message, WPARAM wParam, LPARAM lParam)
+{
+    CWnd* const pWnd = CWnd::FromHandlePermanent(hWnd);
+    if (pWnd == nullptr)
+        return ::DefWindowProcA(hWnd, message, wParam, lParam);
+    LRESULT lResult = 0;
+    // The system calls this, and must not be unwound.
+    try
+    {
+        lResult = pWnd->WindowProc(message, wParam, lParam);
+    }
+    catch (CException* pException)
+    {
+        pException->Delete();
+    }
+    catch (...) // NOLINT(bugprone-empty-catch): whatever it was, it ends here
+    {
+    }
+    // The last message of all. Nothing may be set in the window any more: the system would make room
+    // for it again, and never free it.
+    if (message == WM_NCDESTROY)
+    {
+        pWnd->Detach();
+        pWnd->PostNcDestroy();
+    }
+    return lResult;
+}
+
+LRESULT CALLBACK AfxWndProcDllStatic(HWND hWnd, UINT message, WPARAM wParam, LPARAM lParam)
+{
+    // Throws nothing: a thread that has a window of the library has its thread state.
+    AFX_MANAGE_STATE(AfxGetStaticModuleState());
+    return AfxWndProc(hWnd, message, wParam, lParam);
+}
+
+HWND AfxGetSafeOwner(const CWnd* pParentWnd)
+{
+    HWND const hWnd = pParentWnd != nullptr ? pParentWnd->GetSafeHwnd() : nullptr;
+    return hWnd != nullptr ? hWnd : ::GetActiveWindow();
+}

@@ -1,0 +1,137 @@
+// The allocation functions of the compiler's exception handling, replaced in the DLL.
+//
+// The stock ones take 73 KB from the heap when the library is loaded and never give them back when it
+// is unloaded, and they end the process when a thread throws its first exception and memory has run
+// out. Ours throw without allocating: the exceptions here are pointers, a few at a time.
+#include "runtime/ExceptionRuntime.h"
+
+#include "framework/modules/ThreadState.h"
+#include "runtime/Heap.h"
+
+#include <cxxabi.h>
+#include <windows.h>
+
+#include <cstdlib>
+#include <cstring>
+
+namespace
+{
+// In front of the thrown object the runtime keeps its header, which it finds by counting back from
+// the object; its size is the runtime's secret, and less than this.
+constexpr std::size_t kHeaderSize = 256;
+constexpr std::size_t kObjectSize = 64;
+constexpr int kExceptions = 16;
+
+struct ExceptionStorage
+{
+    alignas(16) unsigned char header[kHeaderSize];
+    alignas(16) unsigned char object[kObjectSize];
+};
+
+ExceptionStorage g_exceptions[kExceptions];
+LONG volatile g_bExceptionUsed[kExceptions];
+
+ExceptionStorage* FindFreeStorage() noexcept
+{
+    for (int i = 0; i < kExceptions; ++i)
+    {
+        if (::InterlockedExchange(&g_bExceptionUsed[i], TRUE) == FALSE)
+            return &g_exceptions[i];
+    }
+    return nullptr;
+}
+
+// For a thread that throws before it has a thread state: when there is no memory for one. An entry
+// belongs to its thread until that ends.
+struct ThreadEntry
+{
+    LONG volatile nThreadID = 0; // 0: free
+    AfxThreadExceptions exceptions;
+};
+constexpr int kThreads = 64;
+ThreadEntry g_threads[kThreads];
+
+ThreadEntry* FindThread(LONG nThreadID) noexcept
+{
+    for (ThreadEntry& entry : g_threads)
+    {
+        if (entry.nThreadID == nThreadID)
+            return &entry;
+    }
+    return nullptr;
+}
+
+AfxThreadExceptions* GetThreadExceptions() noexcept
+{
+    _AFX_THREAD_STATE* const pState = AfxFindThreadState();
+    if (pState != nullptr)
+        return &pState->m_exceptions;
+    const auto nThreadID = static_cast<LONG>(::GetCurrentThreadId());
+    ThreadEntry* const pFound = FindThread(nThreadID);
+    if (pFound != nullptr)
+        return &pFound->exceptions;
+    for (ThreadEntry& entry : g_threads)
+    {
+        if (::InterlockedCompareExchange(&entry.nThreadID, nThreadID, 0) == 0)
+            return &entry.exceptions;
+    }
+    std::abort();
+}
+} // namespace
+
+void AfxTermThreadExceptions() noexcept
+{
+    ThreadEntry* const pEntry = FindThread(static_cast<LONG>(::GetCurrentThreadId()));
+    if (pEntry != nullptr)
+    {
+        pEntry->exceptions = {};
+        ::InterlockedExchange(&pEntry->nThreadID, 0);
+    }
+}
+
+namespace __cxxabiv1
+{
+extern "C" void* __cxa_allocate_exception(std::size_t cbObject) noexcept
+{
+    ExceptionStorage* const pStorage = cbObject <= kObjectSize ? FindFreeStorage() : nullptr;
+    auto* pBytes = reinterpret_cast<unsigned char*>(pStorage);
+    if (pBytes == nullptr)
+        pBytes = static_cast<unsigned char*>(AfxAllocMemory(kHeaderSize + cbObject));
+    if (pBytes == nullptr)
+        std::abort();
+    std::memset(pBytes, 0, kHeaderSize + cbObject);
+    return pBytes + kHeaderSize;
+}
+
+extern "C" void __cxa_free_exception(void* pObject) noexcept
+{
+    for (int i = 0; i < kExceptions; ++i)
+    {
+        if (pObject == g_exceptions[i].object)
+        {
+            ::InterlockedExchange(&g_bExceptionUsed[i], FALSE);
+            return;
+        }
+    }
+    AfxFreeMemory(static_cast<unsigned char*>(pObject) - kHeaderSize);
+}
+
+extern "C" __cxa_eh_globals* __cxa_get_globals() noexcept
+{
+    return reinterpret_cast<__cxa_eh_globals*>(GetThreadExceptions());
+}
+
+extern "C" __cxa_eh_globals* __cxa_get_globals_fast() noexcept
+{
+    return reinterpret_cast<__cxa_eh_globals*>(GetThreadExceptions());
+}
+} // namespace __cxxabiv1
+
+namespace __gnu_cxx
+{
+// The stock one writes the exception's name, which costs a demangler and a console.
+void __verbose_terminate_handler()
+{
+    std::abort();
+}
+} // namespace __gnu_cxx
