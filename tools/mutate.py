@@ -23,7 +23,7 @@ import time
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 WORK = ROOT / "build" / "mutate"
 TREE = WORK / "tree"
-EQUIVALENT = ROOT / "cmake" / "mutate-equivalent.txt"
+EQUIVALENT = ROOT / "tools" / "mutate-equivalent.txt"
 FOLDERS = ("frame", "install", "ui", "validate")
 MINIMUM_CAUGHT = 0.95
 START_LOCK = threading.Lock()

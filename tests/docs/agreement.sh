@@ -130,11 +130,14 @@ while read -r macro; do
     grep -q "^!define $macro " nsis/tarn.nsh || fail "nsis/tarn.nsh has no \${$macro}"
 done < <(grep -rhoE '\$\{Tarn_[A-Za-z]+\}' README.md CONTRIBUTING.md docs | tr -d "\${}" | sort -u)
 while read -r command; do
-    [ "$command" = help ] || grep -q "^cmd_$command()" dev || fail "there is no ./dev $command"
+    [ "$command" = help ] || [ -f "tools/commands/$command.sh" ] || fail "there is no ./dev $command"
 done < <(grep -hoE '\./dev [a-z]+' README.md CONTRIBUTING.md CHANGELOG.md docs/*.md internals/*.md | cut -d' ' -f2 | sort -u)
-while read -r command; do
+for command in tools/commands/*.sh; do
+    command=${command##*/}
+    command=${command%.sh}
     grep -q "\`\./dev $command" CONTRIBUTING.md || fail "CONTRIBUTING.md does not name ./dev $command"
-done < <(sed -n 's/^cmd_\([a-z]*\)().*/\1/p' dev)
+    bash dev help | grep -q "^  $command " || fail "./dev help does not name $command"
+done
 
 # Files and folders of the source tree, by their first part
 top=$(git ls-files 2> /dev/null | sed -n 's/\/.*//p' | sort -u | grep -v '^\.' | paste -sd'|')

@@ -233,7 +233,7 @@ block_sh() {
             word=${line#./dev}
             word=${word# }
             word=${word%% *}
-            grep -q "^cmd_$word()" "$source/dev" ||
+            [ -f "$source/tools/commands/$word.sh" ] ||
                 { [ "$word" = help ] && continue; fail "there is no $line"; return; }
             ;;
         x86_64-w64-mingw32-* | makensis)

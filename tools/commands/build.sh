@@ -1,0 +1,3 @@
+# shellcheck shell=bash
+# build          the library: build/release/bin/tarn.dll
+build release tarn tarn_core
