@@ -27,6 +27,7 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/TarnConfigVersion.cmake
 configure_package_config_file(cmake/TarnConfig.cmake.in ${PROJECT_BINARY_DIR}/TarnConfig.cmake
   INSTALL_DESTINATION lib/cmake/Tarn
   NO_CHECK_REQUIRED_COMPONENTS_MACRO)
+configure_file(cmake/tarn.pc.in ${PROJECT_BINARY_DIR}/tarn.pc @ONLY)
 
 # The umask of whoever builds is no part of the kit.
 set(CMAKE_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
@@ -41,12 +42,13 @@ install(FILES
   ${PROJECT_BINARY_DIR}/TarnConfig.cmake ${PROJECT_BINARY_DIR}/TarnConfigVersion.cmake
   cmake/TarnTargets.cmake
   DESTINATION lib/cmake/Tarn)
+install(FILES ${PROJECT_BINARY_DIR}/tarn.pc DESTINATION lib/pkgconfig)
 install(FILES nsis/tarn.nsh DESTINATION nsis)
 install(FILES samples/c/CMakeLists.txt samples/c/setup.c DESTINATION samples/c)
 install(FILES samples/cpp/CMakeLists.txt samples/cpp/tarntool.cpp DESTINATION samples/cpp)
 install(FILES samples/nsis/minimal.nsi DESTINATION samples/nsis)
-install(FILES README.md CHANGELOG.md DESTINATION . OPTIONAL)
-install(DIRECTORY docs DESTINATION . OPTIONAL)
+install(FILES kit/README.md CHANGELOG.md LICENSE SECURITY.md DESTINATION .)
+install(DIRECTORY docs DESTINATION .)
 
 set(CPACK_GENERATOR ZIP)
 set(CPACK_PACKAGE_FILE_NAME ${kit_name})

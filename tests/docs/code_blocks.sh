@@ -179,8 +179,7 @@ block_c() {
         functions=$(sed -n 's/^UINT __stdcall \([A-Za-z_]*\)(.*/\1/p' "$block")
         [ -n "$functions" ] || { fail 'neither a main function nor a custom action'; return; }
         for function in $functions; do
-            perl "$source/tests/support/portable_executable.pl" exports "$dir/block.dll" |
-                grep -qxF "$function" ||
+            x86_64-w64-mingw32-objdump -p "$dir/block.dll" | grep -q "\] $function\$" ||
                 fail "$function is not exported" || return
             echo "$function" >> "$work/dll-exports"
         done

@@ -7,10 +7,12 @@ build=$2
 zips=$build/package-test                        # where the test "package.zip" leaves the zip
 kit_name=tarn-$(sed -n 's/^project(tarn VERSION \([0-9.]*\).*/\1/p' "$source_dir/CMakeLists.txt")-win64
 export SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-} # cpack takes an empty one as none
+unset CMAKE_C_COMPILER_LAUNCHER CMAKE_CXX_COMPILER_LAUNCHER
 failures=0
 
-# Elsewhere, so that nothing is found by accident, and with a space, so that nothing is misquoted.
-scratch=$(mktemp -d "${TMPDIR:-/tmp}/tarn kit.XXXXXX")
+# Elsewhere, so that nothing is found by accident; and with a space and brackets, as in the path of the
+# programs on Windows, so that nothing is misquoted.
+scratch=$(mktemp -d "${TMPDIR:-/tmp}/Tarn Files (x86).XXXXXX")
 trap 'rm -rf "$scratch"' EXIT
 cd "$scratch" || exit 1
 

@@ -45,7 +45,7 @@ add_executable(client client.c)
 target_link_libraries(client PRIVATE Tarn::tarn)
 add_custom_command(TARGET client POST_BUILD
   COMMAND ${CMAKE_COMMAND} -E copy $<TARGET_RUNTIME_DLLS:client> $<TARGET_FILE_DIR:client>
-  COMMAND_EXPAND_LISTS)
+  COMMAND_EXPAND_LISTS VERBATIM)
 EOF
 ln -s "$(command -v clang)" clang-cl # the name makes the mode
 cat > toolchain.cmake << EOF

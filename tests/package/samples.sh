@@ -2,7 +2,7 @@
 # Builds every sample from the unpacked kit alone, and runs them.
 # shellcheck source=tests/package/lib.sh
 . "$(dirname "$0")/lib.sh"
-need_tools unzip cmake ninja makensis clang x86_64-w64-mingw32-gcc x86_64-w64-mingw32-g++
+need_tools unzip cmake ninja makensis clang pkg-config x86_64-w64-mingw32-gcc x86_64-w64-mingw32-g++
 nsis_plugins=/usr/share/nsis/Plugins
 unpack_kit
 
@@ -14,6 +14,51 @@ check 'the C sample builds' cmake --build c
 check 'the C++ sample configures' \
     cmake -S "$kit/samples/cpp" -B cpp "${cross[@]}" "-DCMAKE_CXX_FLAGS=$strict"
 check 'the C++ sample builds' cmake --build cpp
+
+# The way of most projects that build for Windows elsewhere: a toolchain file that keeps everything but
+# programs below the compiler's own root.
+cat > toolchain.cmake << 'EOF'
+set(CMAKE_SYSTEM_NAME Windows)
+set(CMAKE_C_COMPILER x86_64-w64-mingw32-gcc)
+set(CMAKE_CXX_COMPILER x86_64-w64-mingw32-g++)
+set(CMAKE_FIND_ROOT_PATH /usr/x86_64-w64-mingw32)
+set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
+set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
+EOF
+toolchain=(-G Ninja -DCMAKE_BUILD_TYPE=Release "-DCMAKE_TOOLCHAIN_FILE=$scratch/toolchain.cmake")
+for sample in c cpp; do
+    check "with a toolchain file: samples/$sample configures" \
+        cmake -S "$kit/samples/$sample" -B "toolchain-$sample" "${toolchain[@]}"
+    check "with a toolchain file: samples/$sample builds" cmake --build "toolchain-$sample"
+done
+mkdir client
+cat > client/CMakeLists.txt << 'EOF'
+cmake_minimum_required(VERSION 3.21)
+project(client LANGUAGES C)
+find_package(Tarn 1.0 REQUIRED)
+add_executable(client client.c)
+target_link_libraries(client PRIVATE Tarn::tarn)
+EOF
+printf '#include <tarn.h>\nint main(void) { return CloseWaitDlg(); }\n' > client/client.c
+check 'with a toolchain file: another project finds the kit by Tarn_DIR' \
+    cmake -S client -B client/build "${toolchain[@]}" "-DTarn_DIR=$kit/lib/cmake/Tarn"
+check 'with a toolchain file: it is linked' cmake --build client/build
+check 'with a toolchain file: without the kit it is refused' \
+    refuses cmake -S client -B client/none "${toolchain[@]}"
+
+# pkg-config puts a backslash before a space, but not before brackets: its output is no text for a shell.
+with_pkg_config() {
+    PKG_CONFIG_LIBDIR=$kit/lib/pkgconfig pkg-config --cflags --libs tarn |
+        xargs x86_64-w64-mingw32-gcc client/client.c -o client/client.exe
+}
+check 'pkg-config: a program is compiled and linked' with_pkg_config
+x86_64-w64-mingw32-objdump -p client/client.exe > client/imports.txt
+check 'pkg-config: it needs the library' holds client/imports.txt 'DLL Name: tarn.dll'
+check 'pkg-config: the version is that of the kit' same \
+    "tarn-$(PKG_CONFIG_LIBDIR=$kit/lib/pkgconfig pkg-config --modversion tarn)-win64" "$kit_name"
+
 check 'the NSIS sample builds' makensis -V2 -WX "$kit/samples/nsis/minimal.nsi"
 
 # The kit is put away: what was built has all it needs.
