@@ -179,7 +179,8 @@ block_c() {
         functions=$(sed -n 's/^UINT __stdcall \([A-Za-z_]*\)(.*/\1/p' "$block")
         [ -n "$functions" ] || { fail 'neither a main function nor a custom action'; return; }
         for function in $functions; do
-            x86_64-w64-mingw32-objdump -p "$dir/block.dll" | grep -q "\] $function\$" ||
+            perl "$source/tests/support/portable_executable.pl" exports "$dir/block.dll" |
+                grep -qxF "$function" ||
                 fail "$function is not exported" || return
             echo "$function" >> "$work/dll-exports"
         done

@@ -1,5 +1,5 @@
 #!/bin/bash
-# table.sh SOURCE_DIR DLL OBJDUMP - internals/faults.md names every function that the DLL imports, and no
+# table.sh SOURCE_DIR DLL - internals/faults.md names every function that the DLL imports, and no
 # other; every test that it names is there, and lets fail what its row is about.
 set -u
 page=$1/internals/faults.md
@@ -9,10 +9,7 @@ fail() {
     failures=$((failures + 1))
 }
 
-imports=$("$3" -p "$2" | awk '
-    /Import Tables/ { on = 1 }
-    /export table/ { on = 0 }
-    on && NF == 3 && $1 ~ /^[0-9a-f]+$/ && $2 ~ /^[0-9]+$/ { print $3 }' | sort -u)
+imports=$(perl "$1/tests/support/portable_executable.pl" imports "$2" | sort -u)
 [ "$(grep -c . <<< "$imports")" -gt 50 ] || fail "cannot read the imports of $2"
 
 # In the first column of a table, or in a list; what is loaded at run time is found in the sources.

@@ -2,7 +2,7 @@
 # Makes the zip, which the other tests of the kit unpack, and looks at what is in it.
 # shellcheck source=tests/package/lib.sh
 . "$(dirname "$0")/lib.sh"
-need_tools cpack unzip zipinfo gdb strings x86_64-w64-mingw32-objdump
+need_tools cpack unzip zipinfo gdb strings perl
 
 rm -rf "$zips"
 check 'cpack makes the zip' cpack --config "$build/CPackConfig.cmake" -B "$zips"
@@ -53,13 +53,12 @@ if [ -z "$SOURCE_DATE_EPOCH" ] && commit_date=$(TZ=UTC git -C "$source_dir" log 
 fi
 
 # The library
-exports() {
-    x86_64-w64-mingw32-objdump -p "$1" | sed -n '/Ordinal\/Name Pointer/,/^$/s/.*\[ *[0-9]*\] *//p' | sort
-}
-check 'the library exports what the header declares' same "$(exports "$kit/bin/tarn.dll")" \
+headers_say() { perl "$source_dir/tests/support/portable_executable.pl" "$@"; }
+check 'the library exports what the header declares' \
+    same "$(headers_say exports "$kit/bin/tarn.dll" | LC_ALL=C sort)" \
     "$(sed -n 's/^int \([A-Za-z_]*\)(.*/\1/p' "$kit/include/tarn.h" | LC_ALL=C sort)"
-check 'the library holds no symbols' same \
-    "$(x86_64-w64-mingw32-objdump -t "$kit/bin/tarn.dll" | grep -c '^\[')" 0
+check 'the library holds no symbols' same "$(headers_say symbols "$kit/bin/tarn.dll")" 0
+check 'the file of the symbols does' refuses same "$(headers_say symbols "$kit/bin/tarn.dll.debug")" 0
 no_path() {
     local path
     for path in "$source_dir" "$build" /build/ /home/ /root/ /tmp/ /usr/; do
