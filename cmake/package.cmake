@@ -43,7 +43,7 @@ install(FILES
   cmake/TarnTargets.cmake
   DESTINATION lib/cmake/Tarn)
 install(FILES ${PROJECT_BINARY_DIR}/tarn.pc DESTINATION lib/pkgconfig)
-install(FILES nsis/tarn.nsh DESTINATION nsis)
+install(FILES nsis/tarn.nsh nsis/tarn-fault.nsh DESTINATION nsis)
 install(FILES samples/c/CMakeLists.txt samples/c/setup.c DESTINATION samples/c)
 install(FILES samples/cpp/CMakeLists.txt samples/cpp/tarntool.cpp DESTINATION samples/cpp)
 install(FILES samples/nsis/minimal.nsi DESTINATION samples/nsis)

@@ -32,6 +32,10 @@
 ;       1 when the address is accepted. Otherwise message says what is wrong (empty when the address
 ;       is empty) and position where, in the trimmed address: 0-based for a fault before the "@",
 ;       1-based for a fault after it, -1 for none.
+;   ${Tarn_SelectFault} field position
+;       For the page that was told so: field is the handle of an edit control, and holds the trimmed
+;       address. Gives it the focus and selects the character at fault; with the position -1 the caret
+;       goes to the end.
 ;   ${Tarn_DoFileOpenDialog} result path "initial folder" "title" "filter" "extension" "initial file"
 ;       Lets the user pick a file. 1 when one was picked; path is empty otherwise. Any of the inputs
 ;       may be "". A filter looks like "Licence files (*.lic)|*.lic|All files (*.*)|*.*||". The
@@ -39,7 +43,12 @@
 ;   ${Tarn_PutInRunOnce} result "value name" "command line"
 ;       Queues a command for the current user's next log-on.
 ;   ${Tarn_WriteChConfigFile} result "installation folder"
-;       Writes embedch\config\chrc under the folder; embedch\config must exist.
+;       Writes embedch\config\chrc under the folder; embedch\config must exist. When the file cannot be
+;       opened, a message box says why.
+;   ${Tarn_WriteChConfigFileSilently} result "installation folder"
+;       The same for an installation that nobody watches, where a message box would stay for ever: the
+;       file is opened for writing first, and if that fails, the result is 0. (A program that takes the
+;       file in the instant after that still makes the library show its box.)
 ;   ${Tarn_DoWaitDlgModless} parent "title" "message"
 ;   ${Tarn_CloseWaitDlg}
 ;       Show and close the wait window, centred over the window parent ($HWNDPARENT; 0 for none).
@@ -74,6 +83,7 @@
 
 !include LogicLib.nsh
 !include Util.nsh
+!include "${__FILEDIR__}/tarn-fault.nsh"
 
 !if "${NSIS_PTR_SIZE}" != 8
   !error "tarn.dll is a 64-bit library and cannot be loaded by a 32-bit installer: put 'Target amd64-unicode' at the top of the script."
@@ -95,6 +105,7 @@ Var _Tarn_Extracted   ; the file to delete in Tarn_Free; empty for none
 !define Tarn_DoFileOpenDialog  `!insertmacro Tarn_DoFileOpenDialog`
 !define Tarn_PutInRunOnce      `!insertmacro Tarn_PutInRunOnce`
 !define Tarn_WriteChConfigFile `!insertmacro Tarn_WriteChConfigFile`
+!define Tarn_WriteChConfigFileSilently `!insertmacro Tarn_WriteChConfigFileSilently`
 !define Tarn_DoWaitDlgModless  `!insertmacro Tarn_DoWaitDlgModless`
 !define Tarn_CloseWaitDlg      `!insertmacro Tarn_CloseWaitDlg`
 !define Tarn_PumpMessages      `!insertmacro Tarn_PumpMessages`
@@ -164,6 +175,12 @@ Var _Tarn_Extracted   ; the file to delete in Tarn_Free; empty for none
 !macro Tarn_WriteChConfigFile RESULT FOLDER
   Push `${FOLDER}`
   ${CallArtificialFunction} _Tarn_WriteChConfigFile
+  Pop ${RESULT}
+!macroend
+
+!macro Tarn_WriteChConfigFileSilently RESULT FOLDER
+  Push `${FOLDER}`
+  ${CallArtificialFunction} _Tarn_WriteChConfigFileSilently
   Pop ${RESULT}
 !macroend
 
@@ -350,6 +367,24 @@ Var _Tarn_Extracted   ; the file to delete in Tarn_Free; empty for none
   System::Store S
   Pop $1
   !insertmacro _Tarn_Call Write_ch_config_File "(m r1) i .r0"
+  Push $0
+  System::Store L
+!macroend
+
+; GENERIC_WRITE, shared with nobody, OPEN_ALWAYS: as the library opens it, and by the same name in the ANSI
+; code page, but what is in it stays. A file that this makes is written by the call.
+!macro _Tarn_WriteChConfigFileSilently
+  System::Store S
+  Pop $1
+  StrCpy $2 "$1\embedch\config\chrc"
+  System::Call 'kernel32::CreateFileA(m r2, i 0x40000000, i 0, p 0, i 4, i 0x80, p 0) p .r3'
+  StrCpy $0 0
+  ${If} $_Tarn_Module P= 0
+    StrCpy $0 "error"
+  ${ElseIf} $3 P<> -1
+    System::Call 'kernel32::CloseHandle(p r3)'
+    !insertmacro _Tarn_Call Write_ch_config_File "(m r1) i .r0"
+  ${EndIf}
   Push $0
   System::Store L
 !macroend

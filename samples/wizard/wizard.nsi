@@ -277,36 +277,8 @@ Function EmailPageLeave
   ${EndIf}
   ${NSD_SetText} $EmailField "$Email"
   ${NSD_SetText} $EmailMessage "$2"
-  Call CaretOfFault
-  ${NSD_SetFocus} $EmailField
-  SendMessage $EmailField ${EM_SETSEL} $1 $1
+  ${Tarn_SelectFault} $EmailField $1
   Abort
-FunctionEnd
-
-; Turns the position $1 that the library gives for $Email into the caret's: 0-based throughout, and
-; the end of the text when there is none. A position behind the "@" is 1-based; one at or before it
-; is 0-based already. (The text up to the fault is plain ASCII, so bytes are characters.)
-Function CaretOfFault
-  Push $2
-  Push $3
-  ${If} $1 < 0
-    StrLen $1 $Email
-  ${Else}
-    StrCpy $2 0
-    ${Do}
-      StrCpy $3 $Email 1 $2
-      ${If} $3 == "@"
-      ${OrIf} $3 == ""
-        ${ExitDo}
-      ${EndIf}
-      IntOp $2 $2 + 1
-    ${Loop}
-    ${If} $1 > $2
-      IntOp $1 $1 - 1
-    ${EndIf}
-  ${EndIf}
-  Pop $3
-  Pop $2
 FunctionEnd
 
 ;-------------------------------------------------------------------------------------------------
@@ -440,19 +412,9 @@ Section
     ${Say} "copied licence\$1"
   ${EndIf}
 
-  ; Where it cannot open its file, the library shows a message box: with nobody there to close it, an
-  ; unattended installation would never end.
-  StrCpy $0 1
   ${If} $Unattended = 1
-    ClearErrors
-    FileOpen $1 "$INSTDIR\embedch\config\chrc" a
-    ${If} ${Errors}
-      StrCpy $0 0
-    ${Else}
-      FileClose $1
-    ${EndIf}
-  ${EndIf}
-  ${If} $0 = 1
+    ${Tarn_WriteChConfigFileSilently} $0 "$INSTDIR"
+  ${Else}
     ${Tarn_WriteChConfigFile} $0 "$INSTDIR"
   ${EndIf}
   ${If} $0 != 1

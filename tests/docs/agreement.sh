@@ -41,7 +41,7 @@ macro_of() {
     local body
     body=$(awk -v name="$1" '
         /^!macro / { macro = $2 } /^!macroend/ { macro = "" }
-        $1 == "!insertmacro" && $2 == "_Tarn_Call" && $3 == name { print macro }' nsis/tarn.nsh)
+        $1 == "!insertmacro" && $2 == "_Tarn_Call" && $3 == name { print macro; exit }' nsis/tarn.nsh)
     awk -v body="$body" '
         /^!macro / { macro = $2 } /^!macroend/ { macro = "" }
         body != "" && $1 == "${CallArtificialFunction}" && $2 == body { print macro }' nsis/tarn.nsh

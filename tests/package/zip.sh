@@ -29,6 +29,7 @@ check 'it holds exactly these files' same "$(cd "$kit" && find . -type f ! -path
 ./lib/libtarn.dll.a
 ./lib/pkgconfig/tarn.pc
 ./lib/tarn.lib
+./nsis/tarn-fault.nsh
 ./nsis/tarn.nsh
 ./samples/c/CMakeLists.txt
 ./samples/c/setup.c

@@ -65,6 +65,8 @@ Page instfiles
   ${Print} "before Tarn_Init: $R0"
   ${Tarn_WriteChConfigFile} $R0 "$INSTDIR"
   ${Print} "before Tarn_Init: $R0"
+  ${Tarn_WriteChConfigFileSilently} $R0 "$INSTDIR"
+  ${Print} "before Tarn_Init: $R0"
   ${Tarn_DoWaitDlgModless} 0 "title" "text"
   ${Tarn_CloseWaitDlg}
   ${Tarn_Free}
@@ -111,7 +113,21 @@ Page instfiles
   CreateDirectory "$INSTDIR\embedch\config"
   ${Tarn_WriteChConfigFile} $R0 "$INSTDIR\"
   ${Print} "chrc: $R0"
+  ; Nobody is there to close a message box.
+  FileOpen $R1 "$INSTDIR\embedch\config\chrc" a
+  ${Tarn_WriteChConfigFileSilently} $R0 "$INSTDIR"
+  FileClose $R1
+  ${Print} "chrc in use: $R0"
   Delete "$INSTDIR\embedch\config\chrc"
+  ${Tarn_WriteChConfigFileSilently} $R0 "$INSTDIR"
+  ${Print} "chrc, silently: $R0"
+  System::Call 'kernel32::GetCompressedFileSizeW(w "$INSTDIR\embedch\config\chrc", p 0) i .R1'
+  ${If} $R1 < 1000
+    ${Print} "it is empty"
+  ${EndIf}
+  Delete "$INSTDIR\embedch\config\chrc"
+  ${Tarn_WriteChConfigFileSilently} $R0 "$INSTDIR\none"
+  ${Print} "no folder: $R0"
   RMDir "$INSTDIR\embedch\config"
   RMDir "$INSTDIR\embedch"
   ${Tarn_PutInRunOnce} $R0 "TarnMacros" '"%SystemRoot%\it$\'s.exe" $\`x$\` "a b"'

@@ -24,6 +24,7 @@ before Tarn_Init: error -1 [] [user@example.com]
 before Tarn_Init: error []
 before Tarn_Init: error
 before Tarn_Init: error
+before Tarn_Init: error
 missing: The setup library is missing: there is no file C:\no such (folder)\tarn.dll. A virus scanner may have removed it.
 32-bit: The setup library cannot be used: C:\Macros\x86.dll is not a 64-bit Windows library.
 second Tarn_Init: []
@@ -37,6 +38,9 @@ copied: 1
 under its own name
 copied: 0
 chrc: 1
+chrc in use: 0
+chrc, silently: 1
+no folder: 0
 queued: 1 "%SystemRoot%\it's.exe" `x` "a b"
 wait window: visible 1, afterwards 0
 after Tarn_Free: error

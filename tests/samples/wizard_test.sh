@@ -98,12 +98,12 @@ focus_selection() { sed -n 's/^control\tEdit\t[^\t]*\t[^\t]*\tfocus\t\([^\t]*\)\
 # left, top, right and bottom of a window (some captions of NSIS end in a blank)
 rectangle() { sed -n "s/^window\t[^\t]*\t\([^\t]*\)\t[^\t]*\t$(quote "$1") *\$/\1/p" <<< "$screen"; }
 
-# refused ADDRESS MESSAGE CARET: Next does not leave the page, and the caret stands at the fault.
+# refused ADDRESS MESSAGE SELECTION [FIELD]: Next does not leave the page, and the fault is selected.
 refused() {
     write "$1"
     keys Return
     check "\"$1\" is refused" "$2" until_shown "$2"
-    check '  the caret is at the fault' "$(focus_selection)" equal "$(focus_selection)" "$3-$3"
+    check '  the fault is selected' "$(focus_selection)" equal "$(focus_selection)" "$3"
     check '  the field holds the trimmed address' "$(focus_text)" equal "$(focus_text)" "${4:-$1}"
 }
 
@@ -154,16 +154,16 @@ install() {
     keys Return
     check 'an empty address is refused' '' until_shown 'Please enter an address.'
     # A fault in the local part is reported 0-based, one in the domain 1-based.
-    refused 'us er@example.com' 'invalid character in email.' 2
+    refused 'us er@example.com' 'invalid character in email.' 2-3
     picture 3-email-refused
-    refused 'user@exa mple.com' 'invalid character in email.' 8
-    refused 'user@localhost' 'Invalid Domain name.' 4
-    refused '@example.com' '@  is in invalid location in email.' 0
-    refused 'user@example..com' 'Character  "." is in Invalid location.' 13
-    refused 'username.com' 'Missing  @  ' 12
-    refused '  user@  ' 'Character  "." is in Invalid location.' 5 'user@'
+    refused 'user@exa mple.com' 'invalid character in email.' 8-9
+    refused 'user@localhost' 'Invalid Domain name.' 4-5
+    refused '@example.com' '@  is in invalid location in email.' 0-1
+    refused 'user@example..com' 'Character  "." is in Invalid location.' 13-14
+    refused 'username.com' 'Missing  @  ' 12-12
+    refused '  user@  ' 'Character  "." is in Invalid location.' 5-5 'user@'
     refused "user@$(printf 'a%.0s' {1..65}).com" \
-        'Invalid Domain name. Domain name length must be less than 64 characters.' 5
+        'Invalid Domain name. Domain name length must be less than 64 characters.' 5-6
     picture 4-email-long
     keys End x
     check 'the message goes when the address is changed' '' until_gone \
