@@ -90,7 +90,7 @@
 !endif
 
 !ifndef TARN_DLL
-  !define TARN_DLL "${__FILEDIR__}/../bin/tarn.dll"
+  !define TARN_DLL "${__FILEDIR__}\..\bin\tarn.dll" ; with backslashes makensis finds it on every system
 !endif
 
 Var _Tarn_Module      ; handle of the loaded library; empty or 0 when it is not loaded

@@ -40,6 +40,8 @@ make_installer() {
 start_wine() {
     [ -n "${TARN_WINE_DIR:-}" ] || trap wine_stop EXIT
     : "${TARN_WINE_DIR:=$out/wine}"
+    # Texts in the fonts that Windows has for them, as far as Wine has its own of that name.
+    TARN_WINE_FONTS='marlett.ttf tahoma.ttf tahomabd.ttf ms_sans_serif.ttf'
     # shellcheck source=tools/wine-env.sh
     . "$samples/../tools/wine-env.sh"
     wine_start || die "Wine cannot be started"
@@ -118,7 +120,7 @@ report_files() { # FOLDER
 
 # The five lines that hold the folder; what they must be is worked out here from the folder alone.
 report_chrc() { # FOLDER
-    local chrc escaped=${1//\\/\\\\} number name path expected
+    local chrc escaped=${1//\\/\\\\} number name path expected size
     chrc=$(unix "$1\\embedch\\config\\chrc")
     while read -r number name path; do
         expected="$name = stradd($name, \"$escaped\\\\embedch\\\\$path;\");"
@@ -130,8 +132,9 @@ report_chrc() { # FOLDER
 34 _ipath include
 40 _lpath dl
 LINES
-    check '59 lines, 1421 bytes and five folders' "$(wc -lc < "$chrc" | xargs) (lines, bytes)" \
-        equal "$(wc -lc < "$chrc" | xargs)" "59 $((1421 + 5 * ${#escaped}))"
+    read -r number size < <(wc -lc < "$chrc")
+    check 'all of it' "$number lines; $size bytes: the template's 1421, and five times ${#escaped} for the folder" \
+        equal "$number $size" "59 $((1421 + 5 * ${#escaped}))"
 }
 
 report_run_once() { # FOLDER

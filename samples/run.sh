@@ -20,12 +20,13 @@ show() {
 }
 
 refused() { # ADDRESS POSITION MESSAGE
-    local said rc message position
+    local said rc message position local_part=${1%%@*} counted='counted from 0, as up to the @'
+    [ "$2" -le ${#local_part} ] || counted='counted from 1, as behind the @'
     said=$(wine "$setup" /S "/EMAIL=$1" "/D=$folder" 2> /dev/null | tr -d '\r'; exit "${PIPESTATUS[0]}")
     rc=$?
     message=$(sed -n 's/^ *message: *//p' <<< "$said")
     position=$(sed -n 's/^ *position: *//p' <<< "$said")
-    check "$1" "exit code $rc: \"$message\", position $position" \
+    check "$1" "\"$message\" at position $position ($counted); exit code $rc: refused" \
         equal "$rc $message $position" "3 $3 $2"
 }
 
@@ -53,10 +54,10 @@ install() {
     wine "$setup" /PASSIVE /EMAIL=" user.name@example.com " "/LICENCE=$(windows "$licence")" \
         /PAUSE=2000 "/D=$folder" > "$out/install.log" 2> "$out/install-errors.log" &
     installer=$!
-    check 'shown while the installer works' "${shot#"$PWD/"}" photograph
+    check 'shown while the installer works' "picture: ${shot#"$PWD/"}" photograph
     wait "$installer"
     rc=$?
-    check 'the installer ended well' "exit code $rc" equal $rc 0
+    check 'the installer ended well' "exit code $rc: installed" equal $rc 0
 }
 
 if [ "${2:-}" = --show ]; then
@@ -69,9 +70,11 @@ make_installer
 start_wine
 clean_slate "$folder"
 
-echo "Lakeside Workbench: an installer of $(stat -c %s "$setup") bytes with tarn.dll ($(stat -c %s "$build/bin/tarn.dll") bytes)"
+bytes() { numfmt --grouping "$1"; }
+echo "The installer: $(bytes "$(stat -c %s "$setup")") bytes. In it, compressed together: the product, $(find "$tree" -type f | wc -l) files of" \
+    "$(bytes "$(find "$tree" -type f -printf '%s\n' | awk '{ sum += $1 } END { print sum }')") bytes, and tarn.dll, $(bytes "$(stat -c %s "$build/bin/tarn.dll")") bytes."
 echo
-echo "Addresses that must stop the installation (message and position are the library's):"
+echo "Addresses that must stop the installation, with the library's message and the position of the fault:"
 refused 'us er@example.com' 2 'invalid character in email.'
 refused 'user@exa mple.com' 9 'invalid character in email.'
 refused 'user@localhost' 5 'Invalid Domain name.'
@@ -80,13 +83,13 @@ echo
 echo 'Wait window:'
 install
 echo
-echo "Files in $folder, each compared byte for byte with the product:"
+echo "Files in $folder, each compared byte for byte with the product, and its size:"
 report_files "$folder"
 echo
-echo 'embedch\config\chrc:'
+echo 'embedch\config\chrc, the lines that name the folder, and its size:'
 report_chrc "$folder"
 echo
-echo "$run_once:"
+echo "The command for the next log-on, in $run_once:"
 report_run_once "$folder"
 echo
 echo 'Afterwards:'

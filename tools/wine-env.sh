@@ -2,6 +2,7 @@
 # Sourced: Windows programs under Wine, in a prefix and on a display of the build's own.
 #
 # Before:  TARN_WINE_DIR, an absolute path: holds the prefix, the display's number and the logs.
+#          TARN_WINE_FONTS, optional: files of the package fonts-wine that the prefix gets
 #          TARN_LOCALE, optional: decides the ANSI code page (en_US.UTF-8, the default, is 1252;
 #          ja_JP.UTF-8 is 932).
 # After:   Wine's environment is set, and
@@ -91,17 +92,22 @@ EOF
 
 # The buttons in a caption are letters of Marlett. Debian's Wine does not look where the package
 # fonts-wine puts its fonts; without the file they are drawn as "0", "1" and "r", and all else works.
-_wine_buttons_font=/usr/share/wine/fonts/marlett.ttf
+_wine_fonts() {
+    local font
+    for font in ${TARN_WINE_FONTS:-marlett.ttf}; do
+        [ ! -f "/usr/share/wine/fonts/$font" ] || printf '%s\0' "/usr/share/wine/fonts/$font"
+    done
+}
 
 # The stamp is written last: a prefix without it is half made, one with another was made otherwise.
 _wine_prefix() {
     local stamp fonts=$WINEPREFIX/drive_c/windows/Fonts
-    stamp=$(wine --version; id -u; _wine_settings; cksum $_wine_buttons_font 2> /dev/null || true)
+    stamp=$(wine --version; id -u; _wine_settings; _wine_fonts | xargs -0 -r cksum)
     if [ "$(cat "$TARN_WINE_DIR/stamp" 2> /dev/null)" != "$stamp" ]; then
         [ ! -d "$WINEPREFIX" ] || wineserver -k 2> /dev/null || true
         rm -rf "$WINEPREFIX" "$TARN_WINE_DIR/stamp"
         mkdir -p "$fonts"
-        [ ! -f $_wine_buttons_font ] || cp $_wine_buttons_font "$fonts/" || return
+        _wine_fonts | xargs -0 -r cp -t "$fonts" || return
         _wine_settings > "$TARN_WINE_DIR/settings.reg"
         if ! { wine wineboot --init && wine regedit /S "$TARN_WINE_DIR/settings.reg" &&
             wineserver -w; } < /dev/null &> "$TARN_WINE_DIR/prefix.log"; then

@@ -16,7 +16,7 @@ RequestExecutionLevel user
 
 !include FileFunc.nsh
 !include LogicLib.nsh
-!include "../../nsis/tarn.nsh"
+!include "..\..\nsis\tarn.nsh"
 
 Page directory
 Page instfiles "" OpenWaitWindow CloseWaitWindow

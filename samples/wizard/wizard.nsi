@@ -1,8 +1,10 @@
 ; wizard.nsi - installs the sample product with the help of tarn.dll
 ;
-; Defines: PRODUCT_DIR  the folder that samples/product/make.sh filled
-;          OUT_FILE     the installer to make
-;          TARN_DLL     the library (see tarn.nsh)
+;   makensis wizard.nsi     makes lakeside-setup.exe beside this file
+;
+; Defines, all optional in the kit: PRODUCT_DIR  the folder that samples/product/make.sh filled
+;                                   OUT_FILE     the installer to make
+;                                   TARN_DLL     the library (see tarn.nsh)
 ;
 ; With nobody at the keyboard:
 ;
@@ -29,12 +31,23 @@ Unicode true
 !define VERSION "1.2"
 !define RUN_ONCE_KEY "Software\Microsoft\Windows\CurrentVersion\RunOnce"
 !define RUN_ONCE_VALUE "LakesideWelcome"
+!define CHOOSE_LICENCE "Choose the licence file" ; the title of the Open dialog
 !define UNINSTALL_KEY "Software\Microsoft\Windows\CurrentVersion\Uninstall\Lakeside"
 !define EARLIER_MAY_BE_INCOMPLETE "The earlier installation may be incomplete; run Setup again."
 
+!ifndef PRODUCT_DIR
+  !define PRODUCT_DIR "..\product"
+!endif
+!if ! /FileExists "${PRODUCT_DIR}/product.nsh"
+  !error "There is no product in ${PRODUCT_DIR}: samples/product/make.sh makes it, the kit has it ready."
+!endif
+!ifndef OUT_FILE
+  !define OUT_FILE "lakeside-setup.exe"
+!endif
+
 Name "${NAME}"
 OutFile "${OUT_FILE}"
-InstallDir "$LOCALAPPDATA\Programs\Lakeside"
+InstallDir "$LOCALAPPDATA\Programs\${NAME}"
 RequestExecutionLevel user
 SetCompressor /SOLID lzma
 BrandingText "${NAME} ${VERSION}"
@@ -43,7 +56,7 @@ ShowUninstDetails nevershow
 
 !include MUI2.nsh
 !include FileFunc.nsh
-!include "../../nsis/tarn.nsh"
+!include "..\..\nsis\tarn.nsh"
 !include "${PRODUCT_DIR}/product.nsh"
 
 Var Unattended     ; 1 when no question may be asked: /S or /PASSIVE
@@ -63,15 +76,19 @@ Var LicenceMessage
 ;-------------------------------------------------------------------------------------------------
 ; Pages
 
-!define MUI_ICON "${NSISDIR}\Contrib\Graphics\Icons\orange-install.ico"
-!define MUI_UNICON "${NSISDIR}\Contrib\Graphics\Icons\orange-uninstall.ico"
-!define MUI_WELCOMEFINISHPAGE_BITMAP "${NSISDIR}\Contrib\Graphics\Wizard\orange.bmp"
-!define MUI_UNWELCOMEFINISHPAGE_BITMAP "${NSISDIR}\Contrib\Graphics\Wizard\orange-uninstall.bmp"
+; Drawn by art/make.sh
+!define MUI_ICON "art\setup.ico"
+!define MUI_UNICON "art\remove.ico"
+!define MUI_WELCOMEFINISHPAGE_BITMAP "art\side.bmp"
+!define MUI_UNWELCOMEFINISHPAGE_BITMAP "art\side.bmp"
 !define MUI_HEADERIMAGE
 !define MUI_HEADERIMAGE_RIGHT
-!define MUI_HEADERIMAGE_BITMAP "${NSISDIR}\Contrib\Graphics\Header\orange-r.bmp"
-!define MUI_HEADERIMAGE_UNBITMAP "${NSISDIR}\Contrib\Graphics\Header\orange-uninstall-r.bmp"
+!define MUI_HEADERIMAGE_BITMAP "art\header.bmp"
+!define MUI_HEADERIMAGE_UNBITMAP "art\header.bmp"
 !define MUI_ABORTWARNING
+
+!define MUI_WELCOMEPAGE_TEXT "This installs ${NAME} ${VERSION} on your computer, for your own account.$\r$\n$\r$\nYou will be asked for your e-mail address, for a licence file if you have one, and for a folder.$\r$\n$\r$\n$_CLICK"
+!define MUI_FINISHPAGE_TEXT "${NAME} has been installed.$\r$\n$\r$\nIt will show you around at your next log-on."
 
 !define MUI_PAGE_CUSTOMFUNCTION_PRE SkipWhenUnattended
 !insertmacro MUI_PAGE_WELCOME
@@ -79,6 +96,8 @@ Page custom EmailPage EmailPageLeave
 Page custom LicencePage LicencePageLeave
 !define MUI_PAGE_CUSTOMFUNCTION_PRE SkipWhenUnattended
 !insertmacro MUI_PAGE_DIRECTORY
+; The wait window says "please wait"; the page behind it says what for.
+!define MUI_PAGE_HEADER_SUBTEXT "${NAME} is being installed on your computer."
 !define MUI_PAGE_CUSTOMFUNCTION_SHOW OpenWaitWindow
 !define MUI_PAGE_CUSTOMFUNCTION_LEAVE CloseWaitWindow
 !insertmacro MUI_PAGE_INSTFILES
@@ -86,6 +105,7 @@ Page custom LicencePage LicencePageLeave
 !insertmacro MUI_PAGE_FINISH
 
 !insertmacro MUI_UNPAGE_CONFIRM
+!define MUI_PAGE_HEADER_SUBTEXT "${NAME} is being removed from your computer."
 !define MUI_PAGE_CUSTOMFUNCTION_SHOW un.OpenWaitWindow
 !define MUI_PAGE_CUSTOMFUNCTION_LEAVE un.CloseWaitWindow
 !insertmacro MUI_UNPAGE_INSTFILES
@@ -243,18 +263,19 @@ FunctionEnd
 
 Function EmailPage
   Call SkipWhenUnattended
-  !insertmacro MUI_HEADER_TEXT "E-mail Address" "Where may news about ${NAME} go?"
+  !insertmacro MUI_HEADER_TEXT "E-mail Address" "Whose copy of ${NAME} is this?"
   nsDialogs::Create 1018
   Pop $0
-  ${NSD_CreateLabel} 0 0 100% 20u "Your address is kept with this installation and is not sent anywhere. It is only checked for being an address."
+  ${NSD_CreateLabel} 0 0 100% 20u "Your address is stored with the program, so that support can tell whose copy it is. It stays on this computer."
   Pop $0
   ${NSD_CreateLabel} 0 34u 100% 10u "&E-mail address:"
   Pop $0
-  ${NSD_CreateText} 0 45u 55% 13u "$Email"
+  ${NSD_CreateText} 0 45u 78% 13u "$Email"
   Pop $EmailField
   ${NSD_OnChange} $EmailField EmailChanged
-  ${NSD_CreateLabel} 57% 47u 43% 40u ""
+  ${NSD_CreateLabel} 0 63u 100% 20u ""
   Pop $EmailMessage
+  ${NSD_AddStyle} $EmailMessage ${SS_NOPREFIX} ; "&" is an ampersand
   SetCtlColors $EmailMessage C00000 SYSCLR:15 ; not "transparent": the text before would shine through
   ${NSD_SetFocus} $EmailField
   nsDialogs::Show
@@ -272,13 +293,43 @@ Function EmailPageLeave
   ${If} $0 = 1
     Return
   ${EndIf}
-  ${If} $2 == ""
-    StrCpy $2 "Please enter an address."
-  ${EndIf}
   ${NSD_SetText} $EmailField "$Email"
-  ${NSD_SetText} $EmailMessage "$2"
   ${Tarn_SelectFault} $EmailField $1
+  Call ExplainFault
+  ${NSD_SetText} $EmailMessage "$2"
   Abort
+FunctionEnd
+
+; What the library says of $Email, position $1 and message $2, in this page's own words: $2 becomes a sentence
+; about what is selected.
+Function ExplainFault
+  Push $3
+  SendMessage $EmailField ${EM_GETSEL} 0 0 $3
+  IntOp $3 $3 & 0xFFFF ; where the selection begins
+  StrCpy $3 $Email 1 $3
+  ${If} $Email == ""
+    StrCpy $2 "Please enter your e-mail address."
+  ${ElseIf} $1 < 0
+    StrCpy $2 'An e-mail address has an "@" in it.'
+  ${ElseIf} $2 == "@  is in invalid location in email."
+    StrCpy $2 'Something is missing before the "@".'
+  ${ElseIf} $2 == "Invalid Domain name."
+    StrCpy $2 'What follows the "@" is not complete: it has a dot in it, as in "example.com".'
+  ${ElseIf} $2 == 'Character  "." is in Invalid location.'
+    StrCpy $2 "Something is missing before this dot."
+    ${If} $3 == ""
+      StrCpy $2 "Something is missing at the end of the address."
+    ${EndIf}
+  ${ElseIf} $2 != "invalid character in email."
+    StrCpy $2 "The part that begins here is too long: it can have 64 characters."
+  ${ElseIf} $3 == " "
+    StrCpy $2 "There are no blanks in an e-mail address."
+  ${ElseIf} $3 == "@"
+    StrCpy $2 'There is only one "@" in an e-mail address.'
+  ${Else}
+    StrCpy $2 "The character $3 cannot be used in an e-mail address."
+  ${EndIf}
+  Pop $3
 FunctionEnd
 
 ;-------------------------------------------------------------------------------------------------
@@ -309,10 +360,24 @@ FunctionEnd
 Function BrowseForLicence
   Pop $0 ; the button
   ${NSD_GetText} $LicenceField $0
-  ${Tarn_DoFileOpenDialog} $1 $2 "$DOCUMENTS" "Choose the licence file" "Licence files (*.lic)|*.lic|All files (*.*)|*.*||" "lic" "$0"
+  ${NSD_CreateTimer} HideReadOnlyBox 10
+  ${Tarn_DoFileOpenDialog} $1 $2 "$DOCUMENTS" "${CHOOSE_LICENCE}" "Licence files (*.lic)|*.lic|All files (*.*)|*.*||" "lic" "$0"
+  ${NSD_KillTimer} HideReadOnlyBox
   ${If} $1 = 1
     ${NSD_SetText} $LicenceField "$2"
   ${EndIf}
+FunctionEnd
+
+; A licence is only read: the box "Open as read-only", which the library's dialog has, would be a riddle. The
+; dialog's own message loop calls this. (Newer dialogs of the system have no such box.)
+Function HideReadOnlyBox
+  Push $0
+  FindWindow $0 "#32770" "${CHOOSE_LICENCE}"
+  ${If} $0 P<> 0
+    GetDlgItem $0 $0 1040 ; chx1 of dlgs.h
+    ShowWindow $0 ${SW_HIDE}
+  ${EndIf}
+  Pop $0
 FunctionEnd
 
 Function LicenceChanged
@@ -324,7 +389,7 @@ Function LicencePageLeave
   ${NSD_GetText} $LicenceField $Licence
   Call CheckLicence
   ${If} $0 != 1
-    ${NSD_SetText} $LicenceMessage "There is no such file."
+    ${NSD_SetText} $LicenceMessage "There is no such file. Choose another one, or leave the field empty."
     ${NSD_SetFocus} $LicenceField
     SendMessage $LicenceField ${EM_SETSEL} 0 -1
     Abort
@@ -336,7 +401,7 @@ FunctionEnd
 
 Function OpenWaitWindow
   ShowWindow $HWNDPARENT ${SW_SHOW} ; with /PASSIVE this is the first page, and nothing is shown yet
-  ${Tarn_DoWaitDlgModless} $HWNDPARENT "Please wait" "${NAME} is being installed."
+  ${Tarn_DoWaitDlgModless} $HWNDPARENT "Please wait" "This takes less than a minute."
 FunctionEnd
 
 Function CloseWaitWindow
@@ -381,7 +446,7 @@ Section
   ${EndIf}
 
   SetOutPath "$PLUGINSDIR\product"
-  File /r "${PRODUCT_DIR}/tree/*"
+  File /r "${PRODUCT_DIR}\tree\*"
   SetOutPath "$INSTDIR"
 
   !insertmacro ForEachFolder CreateFolder
@@ -517,7 +582,7 @@ Function un.onUninstFailed
 FunctionEnd
 
 Function un.OpenWaitWindow
-  ${Tarn_DoWaitDlgModless} $HWNDPARENT "Please wait" "${NAME} is being removed."
+  ${Tarn_DoWaitDlgModless} $HWNDPARENT "Please wait" "This takes less than a minute."
 FunctionEnd
 
 Function un.CloseWaitWindow

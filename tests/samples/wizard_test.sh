@@ -9,7 +9,7 @@ build=$(cd "$1" && pwd) || exit 2
 # shellcheck source=tests/samples/probe.sh
 . "$(dirname "$0")/probe.sh"
 
-folder='C:\Lakeside (test)'
+folder='C:\Tools (64-bit)\Lakeside Workbench'
 screen=
 offered= # the licence file that the Open dialog shows
 
@@ -98,7 +98,8 @@ focus_selection() { sed -n 's/^control\tEdit\t[^\t]*\t[^\t]*\tfocus\t\([^\t]*\)\
 # left, top, right and bottom of a window (some captions of NSIS end in a blank)
 rectangle() { sed -n "s/^window\t[^\t]*\t\([^\t]*\)\t[^\t]*\t$(quote "$1") *\$/\1/p" <<< "$screen"; }
 
-# refused ADDRESS MESSAGE SELECTION [FIELD]: Next does not leave the page, and the fault is selected.
+# refused ADDRESS SENTENCE SELECTION [TRIMMED]: Next does not leave the page, which says why and selects the
+# fault.
 refused() {
     write "$1"
     keys Return
@@ -131,11 +132,13 @@ offer_licence() {
     offered=$(windows "$documents/${licence##*/}")
 }
 
-# wait_window TEXT WINDOW: the wait window is there, over the middle of that window, and says the text.
+# wait_window TEXT WINDOW: the wait window is there, over the middle of that window, which says the text.
 wait_window() {
     local outer wait_rectangle
     check 'the wait window appears' '' until_shown 'Please wait'
-    check 'the wait window says what is being done' '' shows "$1"
+    check 'the wait window says how long' '' shows 'This takes less than a minute.'
+    check 'the page behind it says what is being done' '' shows "$1"
+    check '"please wait" is said once' '' equal "$(grep -ic $'\t[^\t]*please wait' <<< "$screen")" 1
     # Centred: the same middle as the wizard, with the halves cut off toward zero.
     outer=$(rectangle "$2")
     wait_rectangle=$(rectangle 'Please wait')
@@ -152,35 +155,40 @@ install() {
     page 'E-mail Address'
     picture 2-email
     keys Return
-    check 'an empty address is refused' '' until_shown 'Please enter an address.'
+    check 'an empty address is refused' '' until_shown 'Please enter your e-mail address.'
     # A fault in the local part is reported 0-based, one in the domain 1-based.
-    refused 'us er@example.com' 'invalid character in email.' 2-3
+    refused 'us er@example.com' 'There are no blanks in an e-mail address.' 2-3
+    refused 'user@exa mple.com' 'There are no blanks in an e-mail address.' 8-9
+    refused 'user.na&me@example.com' 'The character & cannot be used in an e-mail address.' 7-8
     picture 3-email-refused
-    refused 'user@exa mple.com' 'invalid character in email.' 8-9
-    refused 'user@localhost' 'Invalid Domain name.' 4-5
-    refused '@example.com' '@  is in invalid location in email.' 0-1
-    refused 'user@example..com' 'Character  "." is in Invalid location.' 13-14
-    refused 'username.com' 'Missing  @  ' 12-12
-    refused '  user@  ' 'Character  "." is in Invalid location.' 5-5 'user@'
-    refused "user@$(printf 'a%.0s' {1..65}).com" \
-        'Invalid Domain name. Domain name length must be less than 64 characters.' 5-6
+    refused 'user@localhost' \
+        'What follows the "@" is not complete: it has a dot in it, as in "example.com".' 4-5
+    refused '@example.com' 'Something is missing before the "@".' 0-1
+    refused 'user@example..com' 'Something is missing before this dot.' 13-14
+    refused 'user@exa@mple.com' 'There is only one "@" in an e-mail address.' 8-9
+    refused 'username.com' 'An e-mail address has an "@" in it.' 12-12
+    refused '  user@  ' 'Something is missing at the end of the address.' 5-5 'user@'
+    refused "user@mail.$(printf 'a%.0s' {1..65}).com" \
+        'The part that begins here is too long: it can have 64 characters.' 10-11
     picture 4-email-long
     keys End x
     check 'the message goes when the address is changed' '' until_gone \
-        'Invalid Domain name. Domain name length must be less than 64 characters.'
+        'The part that begins here is too long: it can have 64 characters.'
     write ' user.name@example.com '
     keys Return
 
     page 'Licence File'
+    local no_such_file='There is no such file. Choose another one, or leave the field empty.'
     write 'C:\no such file.lic'
     keys Return
-    check 'a licence file that does not exist is refused' '' until_shown 'There is no such file.'
+    check 'a licence file that does not exist is refused' '' until_shown "$no_such_file"
     picture 5-licence-missing
     write ''
-    check 'the message goes when the path is changed' '' until_gone 'There is no such file.'
+    check 'the message goes when the path is changed' '' until_gone "$no_such_file"
     keys alt+r
     page 'Choose the licence file'
     check 'the filter is shown' '' shows 'Licence files (*.lic)'
+    check 'the box "Open as read-only" is not' '' until_gone 'Open as &read-only'
     picture 6-licence-browse
     keys Escape
     check 'cancel leaves the field as it was' '' until_gone 'Choose the licence file'
@@ -200,7 +208,7 @@ install() {
     picture 8-folder
     keys Return
 
-    wait_window 'Lakeside Workbench is being installed.' 'Lakeside Workbench Setup'
+    wait_window 'Lakeside Workbench is being installed on your computer.' 'Lakeside Workbench Setup'
     until_written
     picture 9-wait
 
@@ -224,7 +232,7 @@ uninstall() {
     page 'Uninstall Lakeside Workbench'
     picture 11-uninstall
     keys Return
-    wait_window 'Lakeside Workbench is being removed.' 'Lakeside Workbench Uninstall'
+    wait_window 'Lakeside Workbench is being removed from your computer.' 'Lakeside Workbench Uninstall'
     page 'Completing Lakeside Workbench Uninstall'
     check 'the wait window is closed' '' fails shows 'Please wait'
     picture 12-uninstalled
