@@ -7,7 +7,7 @@ shots=build/release/screenshots
 for picture in 1-welcome 3-email-refused:email 5-licence-missing:licence 6-licence-browse:browse 8-folder \
     9-wait 10-finish 11-uninstall; do
     name=${picture#*:}
-    convert "$shots/wizard-${picture%:*}.png" -trim +repage +dither -colors 128 \
-        -define png:compression-level=9 "PNG8:docs/images/wizard-${name#*-}.png"
+    convert "$shots/wizard-${picture%:*}.png" -trim +repage +dither -colors 128 -strip \
+        -define png:exclude-chunks=date,time -define png:compression-level=9 "PNG8:docs/images/wizard-${name#*-}.png"
 done
 ls -l docs/images
