@@ -2,11 +2,17 @@
 # Sourced by run.sh and by the tests of the samples: makes the sample installer, starts Wine, and
 # compares what was installed with what must be there.
 #
-# Before: build, the build folder's absolute path.
+# Before: build, the build folder's absolute path; TARN_WIZARD, x86 for the 32-bit installer, which needs a
+# Wine that runs such programs. The default is the 64-bit one.
 
 : "${build:?}"
 samples=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 out=$build/samples
+wizard_options=(-DTARN_DLL="$build/bin/tarn.dll")
+if [ "${TARN_WIZARD:-}" = x86 ]; then
+    out=$build/samples-x86
+    wizard_options=(-DX86 -DTARNTOOL="$build/bin/tarntool.exe")
+fi
 setup=$out/lakeside-setup.exe
 tree=$out/product/tree
 licence=$out/input/my\ licence.lic
@@ -30,7 +36,7 @@ make_installer() {
     [ -f "$build/bin/tarn.dll" ] || die "there is no $build/bin/tarn.dll"
     mkdir -p "$out/input" "$build/screenshots"
     "$samples/product/make.sh" "$out/product" || die "the sample product cannot be made"
-    makensis -V2 -WX -DPRODUCT_DIR="$out/product" -DOUT_FILE="$setup" -DTARN_DLL="$build/bin/tarn.dll" \
+    makensis -V2 -WX -DPRODUCT_DIR="$out/product" -DOUT_FILE="$setup" "${wizard_options[@]}" \
         "$samples/wizard/wizard.nsi" || die "the sample installer cannot be made"
     printf 'Lakeside Workbench licence 4711\r\n' > "$licence"
 }

@@ -2,9 +2,10 @@
 ;
 ;   makensis wizard.nsi     makes lakeside-setup.exe beside this file
 ;
-; Defines, all optional in the kit: PRODUCT_DIR  the folder that samples/product/make.sh filled
+; Defines, all optional in the kit: X86          makes a 32-bit installer, which works through tarntool.exe
+;                                   PRODUCT_DIR  the folder that samples/product/make.sh filled
 ;                                   OUT_FILE     the installer to make
-;                                   TARN_DLL     the library (see tarn.nsh)
+;                                   TARN_DLL, TARNTOOL  see tarn.nsh and tarntool.nsh
 ;
 ; With nobody at the keyboard:
 ;
@@ -24,7 +25,11 @@
 ; address or the licence file was refused, nothing was installed; 4 installing failed, what had been
 ; installed was removed again (but nothing where the product had been installed before).
 
-Target amd64-unicode
+!ifdef X86
+  Target x86-unicode
+!else
+  Target amd64-unicode
+!endif
 Unicode true
 
 !define NAME "Lakeside Workbench"
@@ -56,7 +61,11 @@ ShowUninstDetails nevershow
 
 !include MUI2.nsh
 !include FileFunc.nsh
-!include "..\..\nsis\tarn.nsh"
+!ifdef X86
+  !include "..\..\nsis\tarntool.nsh"
+!else
+  !include "..\..\nsis\tarn.nsh"
+!endif
 !include "${PRODUCT_DIR}/product.nsh"
 
 Var Unattended     ; 1 when no question may be asked: /S or /PASSIVE

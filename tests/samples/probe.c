@@ -19,7 +19,7 @@ static BOOL CALLBACK PrintControl(HWND control, LPARAM focus)
     GetClassNameA(control, name, sizeof(name));
     SendMessageTimeoutA(control, WM_GETTEXT, sizeof(text), (LPARAM)text, SMTO_ABORTIFHUNG, 2000,
                         NULL);
-    if (strcmp(name, "Edit") == 0)
+    if (strstr(name, "Edit") != NULL) /* also those of a framework with names of its own */
     {
         DWORD_PTR range = 0;
         SendMessageTimeoutA(control, EM_GETSEL, 0, 0, SMTO_ABORTIFHUNG, 2000, &range);
