@@ -47,8 +47,13 @@ install(FILES nsis/tarn.nsh nsis/tarn-fault.nsh DESTINATION nsis)
 install(FILES samples/c/CMakeLists.txt samples/c/setup.c DESTINATION samples/c)
 install(FILES samples/cpp/CMakeLists.txt samples/cpp/tarntool.cpp DESTINATION samples/cpp)
 install(FILES samples/nsis/minimal.nsi DESTINATION samples/nsis)
-install(FILES kit/README.md CHANGELOG.md LICENSE SECURITY.md DESTINATION .)
+install(FILES kit/README.md CHANGELOG.md LICENSE SECURITY.md THIRD-PARTY.md DESTINATION .)
 install(DIRECTORY docs DESTINATION .)
+
+# The last, and after signing: it has the files' hashes.
+set(kit_linked bin/tarn.dll=tarn.map)
+install(CODE "set(kit_build [[${PROJECT_BINARY_DIR}]])\nset(kit_version ${PROJECT_VERSION})\nset(kit_linked [[${kit_linked}]])")
+install(SCRIPT cmake/sbom.cmake)
 
 set(CPACK_GENERATOR ZIP)
 set(CPACK_PACKAGE_FILE_NAME ${kit_name})

@@ -22,8 +22,11 @@ check 'the signature is right' verify pem
 check 'the kit is signed with one file and a password' \
     install pfx "TARN_SIGN_PFX=$scratch/both.pfx" "TARN_SIGN_PASSWORD_FILE=$scratch/password"
 check 'the signature is right' verify pfx
-check 'nothing but the library is different' same "$(diff -rq unsigned pem)" \
-    'Files unsigned/bin/tarn.dll and pem/bin/tarn.dll differ'
+check 'nothing but the library is different, and what is said of it' same "$(diff -rq unsigned pem)" \
+    'Files unsigned/bin/tarn.dll and pem/bin/tarn.dll differ
+Files unsigned/sbom.cdx.json and pem/sbom.cdx.json differ'
+check 'the hash in the SBOM is that of the signed library' \
+    holds pem/sbom.cdx.json "$(sha256sum pem/bin/tarn.dll | cut -d' ' -f1)"
 
 mkdir -p changed/bin
 # One byte of the code

@@ -20,6 +20,7 @@ check 'it holds exactly these files' same "$(cd "$kit" && find . -type f ! -path
 ./LICENSE
 ./README.md
 ./SECURITY.md
+./THIRD-PARTY.md
 ./bin/tarn.dll
 ./bin/tarn.dll.debug
 ./include/tarn.h
@@ -36,6 +37,7 @@ check 'it holds exactly these files' same "$(cd "$kit" && find . -type f ! -path
 ./samples/cpp/CMakeLists.txt
 ./samples/cpp/tarntool.cpp
 ./samples/nsis/minimal.nsi
+./sbom.cdx.json
 EOF
 )"
 check 'it holds the pages for users' same "$(cd "$kit" && find docs -type f | LC_ALL=C sort)" \
