@@ -22,6 +22,18 @@ else()
                                      "install it and configure again.")]])
 endif()
 
+# The product that the sample wizard installs, with a small file for the large one.
+set(kit_product ${PROJECT_BINARY_DIR}/kit-product)
+add_custom_command(
+  OUTPUT ${kit_product}/product.nsh
+  COMMAND ${CMAKE_COMMAND} -E env MINGW_CC=${CMAKE_C_COMPILER}
+          bash ${PROJECT_SOURCE_DIR}/samples/product/make.sh ${kit_product} 65536
+  DEPENDS samples/product/make.sh samples/product/lakeside.c samples/product/files
+  COMMENT "Making the sample product"
+  VERBATIM)
+add_custom_target(tarn_sample_product ALL DEPENDS ${kit_product}/product.nsh)
+add_dependencies(tarn_kit tarn_sample_product)
+
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/TarnConfigVersion.cmake
   COMPATIBILITY SameMajorVersion)
 configure_package_config_file(cmake/TarnConfig.cmake.in ${PROJECT_BINARY_DIR}/TarnConfig.cmake
@@ -47,11 +59,18 @@ install(FILES nsis/tarn.nsh nsis/tarn-fault.nsh DESTINATION nsis)
 install(FILES samples/c/CMakeLists.txt samples/c/setup.c DESTINATION samples/c)
 install(FILES samples/cpp/CMakeLists.txt samples/cpp/tarntool.cpp DESTINATION samples/cpp)
 install(FILES samples/nsis/minimal.nsi DESTINATION samples/nsis)
+install(FILES samples/wizard/wizard.nsi DESTINATION samples/wizard)
+install(DIRECTORY samples/wizard/art DESTINATION samples/wizard
+  FILES_MATCHING PATTERN *.bmp PATTERN *.ico)
+install(FILES samples/product/lakeside.c ${kit_product}/product.nsh DESTINATION samples/product)
+install(DIRECTORY ${kit_product}/tree DESTINATION samples/product)
 install(FILES kit/README.md CHANGELOG.md LICENSE SECURITY.md THIRD-PARTY.md DESTINATION .)
 install(DIRECTORY docs DESTINATION .)
 
 # The last, and after signing: it has the files' hashes.
-set(kit_linked bin/tarn.dll=tarn.map)
+set(kit_linked
+  bin/tarn.dll=tarn.map
+  samples/product/tree/bin/lakeside.exe=kit-product/lakeside.map)
 install(CODE "set(kit_build [[${PROJECT_BINARY_DIR}]])\nset(kit_version ${PROJECT_VERSION})\nset(kit_linked [[${kit_linked}]])")
 install(SCRIPT cmake/sbom.cmake)
 

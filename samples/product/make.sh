@@ -1,8 +1,9 @@
 #!/bin/bash
-# make.sh OUT - makes the sample product, the "Lakeside Workbench":
+# make.sh OUT [BYTES] - makes the sample product, the "Lakeside Workbench":
 #   OUT/tree          the files as they are to be installed
 #   OUT/product.nsh   their list for the installer
-# The same content on every run; the large file is made here rather than kept in the repository.
+# The same content on every run; the large file, of 5 MB or BYTES, is made here rather than kept in the
+# repository. What the program was linked from is in OUT/lakeside.map.
 set -eu
 
 here=$(cd "$(dirname "$0")" && pwd)
@@ -24,8 +25,9 @@ bytes() {
 }
 
 mkdir -p "$tree/bin" "$tree/embedch/dl"
-"$cc" -Os -s -Wl,--no-insert-timestamp -o "$tree/bin/lakeside.exe" "$here/lakeside.c"
-bytes 5242880 1 > "$tree/bin/survey.dat"
+"$cc" -Os -D__USE_MINGW_ANSI_STDIO=0 -c -o "$out/lakeside.o" "$here/lakeside.c"
+"$cc" -s -Wl,--no-insert-timestamp,-Map="$out/lakeside.map" -o "$tree/bin/lakeside.exe" "$out/lakeside.o"
+bytes "${2:-5242880}" 1 > "$tree/bin/survey.dat"
 bytes 40961 2 > "$tree/embedch/dl/shapes.dl"
 : > "$tree/bin/empty.mrk" # an empty file must arrive too
 

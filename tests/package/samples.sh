@@ -60,11 +60,12 @@ check 'pkg-config: the version is that of the kit' same \
     "tarn-$(PKG_CONFIG_LIBDIR=$kit/lib/pkgconfig pkg-config --modversion tarn)-win64" "$kit_name"
 
 check 'the NSIS sample builds' makensis -V2 -WX "$kit/samples/nsis/minimal.nsi"
+check 'the wizard builds' makensis -V2 -WX "$kit/samples/wizard/wizard.nsi"
 
 # The kit is put away: what was built has all it needs.
 put_away="$scratch/put away"
 mv "$kit" "$put_away"
-mv "$put_away/samples/nsis/minimal-setup.exe" .
+mv "$put_away/samples/nsis/minimal-setup.exe" "$put_away/samples/wizard/lakeside-setup.exe" .
 minimal=$scratch/minimal-setup.exe
 
 echo 'first' > 'one file.txt'
@@ -176,6 +177,17 @@ check 'NSIS: installs nothing then' refuses test -e "$nsis_out"
 mkdir -p "$nsis_out/embedch/config/chrc"
 check 'NSIS: files that cannot be written' run 4 "$minimal" /S /EMAIL=joe@example.org '/D=C:\tarn-kit-test'
 rm -rf "$nsis_out"
+
+# ---- The wizard, with nobody there; tests/samples drives it with a user
+tree=$put_away/samples/product/tree
+check 'wizard: installs' run 0 ./lakeside-setup.exe /S /EMAIL=joe@example.org '/D=C:\tarn-kit-test'
+check 'wizard: every file is there' same \
+    "$(cd "$tree" && find . -type f -exec cmp {} "$nsis_out/{}" \; 2>&1; find . -type f | wc -l)" \
+    "$(find "$tree" -type f | wc -l)"
+check 'wizard: its program runs' run 0 'C:\tarn-kit-test\bin\lakeside.exe' --first-run
+check 'wizard: and finds its parts' holds out 'Welcome to Lakeside Workbench.'
+check 'wizard: the uninstaller runs' run 0 'C:\tarn-kit-test\uninstall.exe' /S
+check 'wizard: nothing is left of it' gone "$nsis_out"
 
 # ---- Hosts that the library is not for
 no_host() {

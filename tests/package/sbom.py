@@ -12,6 +12,8 @@ import urllib.parse
 
 CODE = (".dll", ".exe", ".debug", ".a", ".lib")
 DEFINED = "[ABCDGIRSTVWbdirt]"  # as nm marks what an object has, rather than what it wants
+# What the linker's own script defines, as some objects do.
+OF_THE_LINKER = re.compile(r"__(CTOR|DTOR|RUNTIME_PSEUDO_RELOC)_LIST.*")
 problems = []
 
 
@@ -104,13 +106,14 @@ def objects(sbom, file, debug, nm, gcc_nm, build):
         owners = collections.Counter(symbol for symbols in members.values() for symbol in symbols)
         for name, symbols in members.items():
             taken = {symbol for symbol in symbols & here if owners[symbol] == 1} - own
+            taken = {symbol for symbol in taken if not OF_THE_LINKER.fullmatch(symbol)}
             if taken and name not in listed:
                 problems.append(f"{file} has {sorted(taken)[:3]} of {component['name']}({name})")
 
 
 def table(sbom, file, page):
     with open(page, encoding="utf-8") as text:
-        lines = [line.strip("|\n") for line in text if line.startswith("| `lib")]
+        lines = [line.strip("|\n") for line in text if line.startswith(("| `lib", "| `crt"))]
     rows = [[cell.strip() for cell in line.split("|")] for line in lines]
     expect("the table has rows", bool(rows), True)
     said = sorted(row[0].strip("`") for row in rows if f"`{file}`" in row[1])

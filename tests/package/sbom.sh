@@ -19,8 +19,10 @@ gcc_nm=$(command -v x86_64-w64-mingw32-gcc-nm-win32 x86_64-w64-mingw32-gcc-nm | 
 while IFS= read -r file; do
     check "$file holds what is listed, and nothing else of those libraries" \
         look objects "$sbom" "$file" "$kit/$file.debug" $nm "$gcc_nm" "$build"
-    check "THIRD-PARTY.md has the libraries of $file" look table "$sbom" "$file" "$kit/THIRD-PARTY.md"
 done < <(cd "$kit" && find bin -name '*.dll' -o -name '*.exe' | LC_ALL=C sort)
+while IFS= read -r file; do
+    check "THIRD-PARTY.md has the libraries of $file" look table "$sbom" "$file" "$kit/THIRD-PARTY.md"
+done < <(cd "$kit" && find . -name '*.dll' -printf '%P\n' -o -name '*.exe' -printf '%P\n' | LC_ALL=C sort)
 
 # The schema comes from a package of its makers.
 schemas=$build/cyclonedx
