@@ -1,0 +1,10 @@
+// version
+#include "tarntool/Commands.h"
+#include "tarntool/Failure.h"
+#include "tarntool/Output.h"
+
+UINT ShowVersion(const Request& request)
+{
+    Output(request.Value(Request::Out)).WriteLine("tarntool " TARN_VERSION);
+    return static_cast<UINT>(ExitCode::Done);
+}
