@@ -1,3 +1,3 @@
 # shellcheck shell=bash
-# build          the library: build/release/bin/tarn.dll
-build release tarn tarn_core
+# build          the library and tarntool: build/release/bin/tarn.dll, tarntool.exe
+build release tarn tarn_core tarntool
