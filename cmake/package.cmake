@@ -41,6 +41,12 @@ configure_package_config_file(cmake/TarnConfig.cmake.in ${PROJECT_BINARY_DIR}/Ta
   NO_CHECK_REQUIRED_COMPONENTS_MACRO)
 configure_file(cmake/tarn.pc.in ${PROJECT_BINARY_DIR}/tarn.pc @ONLY)
 
+# The kit's README lies a folder deeper here than there.
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS kit/README.md)
+file(READ kit/README.md kit_readme)
+string(REPLACE "](../" "](" kit_readme "${kit_readme}")
+file(CONFIGURE OUTPUT ${PROJECT_BINARY_DIR}/kit/README.md CONTENT "${kit_readme}" @ONLY)
+
 # The umask of whoever builds is no part of the kit.
 set(CMAKE_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
     OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
@@ -64,7 +70,7 @@ install(DIRECTORY samples/wizard/art DESTINATION samples/wizard
   FILES_MATCHING PATTERN *.bmp PATTERN *.ico)
 install(FILES samples/product/lakeside.c ${kit_product}/product.nsh DESTINATION samples/product)
 install(DIRECTORY ${kit_product}/tree DESTINATION samples/product)
-install(FILES kit/README.md CHANGELOG.md LICENSE SECURITY.md THIRD-PARTY.md DESTINATION .)
+install(FILES ${PROJECT_BINARY_DIR}/kit/README.md CHANGELOG.md LICENSE SECURITY.md THIRD-PARTY.md DESTINATION .)
 install(DIRECTORY docs DESTINATION .)
 
 # The last, and after signing: it has the files' hashes.

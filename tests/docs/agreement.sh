@@ -122,13 +122,13 @@ done <<< "$messages"
 version=$(sed -n 's/^project(tarn VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)
 [ -n "$version" ] || fail 'CMakeLists.txt: no version'
 grep -qxF "## $version" CHANGELOG.md || fail "CHANGELOG.md has no section $version"
-grep -hoE 'tarn-[0-9][0-9.]*-win64' README.md CONTRIBUTING.md docs/*.md internals/*.md | grep -vxF "tarn-$version-win64" &&
+grep -hoE 'tarn-[0-9][0-9.]*-win64' README.md kit/README.md CONTRIBUTING.md docs/*.md internals/*.md | grep -vxF "tarn-$version-win64" &&
     fail "the version is $version"
 
 # Macros and commands
 while read -r macro; do
     grep -q "^!define $macro " nsis/tarn.nsh || fail "nsis/tarn.nsh has no \${$macro}"
-done < <(grep -rhoE '\$\{Tarn_[A-Za-z]+\}' README.md CONTRIBUTING.md docs | tr -d "\${}" | sort -u)
+done < <(grep -rhoE '\$\{Tarn_[A-Za-z]+\}' README.md kit/README.md CONTRIBUTING.md docs | tr -d "\${}" | sort -u)
 while read -r command; do
     [ "$command" = help ] || [ -f "tools/commands/$command.sh" ] || fail "there is no ./dev $command"
 done < <(grep -hoE '\./dev [a-z]+' README.md CONTRIBUTING.md CHANGELOG.md docs/*.md internals/*.md | cut -d' ' -f2 | sort -u)
@@ -154,7 +154,8 @@ anchors() {
 }
 
 # Links
-for page in README.md CONTRIBUTING.md CHANGELOG.md docs/*.md internals/*.md; do
+for page in README.md CONTRIBUTING.md CHANGELOG.md SECURITY.md THIRD-PARTY.md kit/README.md docs/*.md \
+    internals/*.md; do
     while read -r link; do
         case $link in
         https://*) continue ;;

@@ -50,7 +50,8 @@ EOF
 )"
 check 'it holds the pages for users' same "$(cd "$kit" && find docs -type f | LC_ALL=C sort)" \
     "$(cd "$source_dir" && find docs -type f | LC_ALL=C sort)"
-check 'its README is its own' cmp "$kit/README.md" "$source_dir/kit/README.md"
+check 'its README is its own, and leads to its own pages' \
+    cmp "$kit/README.md" <(sed 's:](\.\./:](:g' "$source_dir/kit/README.md")
 
 check 'cmake --install copies' cmake --install "$build" --prefix "$scratch/installed"
 find installed -type d -empty -delete # the zip holds files only
