@@ -23,8 +23,6 @@ foreach(program ${programs})
 endforeach()
 tarn_strip_for_selftest(tarn_jobs tests/jobs.dll) # which a test loads
 
-find_file(selftest_licence copyright PATHS /usr/share/doc/googletest NO_DEFAULT_PATH
-  NO_CMAKE_FIND_ROOT_PATH REQUIRED DOC "The licence of GoogleTest")
 get_property(parts GLOBAL PROPERTY TARN_SELFTEST_PARTS)
 add_custom_target(tarn_selftest ALL DEPENDS ${parts})
 

@@ -5,6 +5,9 @@
 
 #include <cstdlib>
 
+constexpr char kDialogTouchesSettings[] =
+    "the user's settings are left alone: the system's Open dialog keeps folders and files in them";
+
 inline bool MayTouchUsersSettings()
 {
     const char* const pszAnswer = std::getenv("TARN_MAY_TOUCH_USER");
