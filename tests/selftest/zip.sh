@@ -54,7 +54,7 @@ as_user() {
     local become=()
     if [ "$(id -u)" = 0 ]; then
         chown -R $nobody:$nobody "$scratch"
-        become=(setpriv --reuid=$nobody --regid=$nobody --clear-groups)
+        become=(setpriv "--reuid=$nobody" "--regid=$nobody" --clear-groups)
     fi
     "${become[@]}" env -i PATH="$PATH" HOME="$user" USER=nobody TMPDIR="$user/tmp" PLACE="$place" \
         bash "$user/wine.sh" "$@" > "$scratch/out.raw" 2> "$scratch/err"
