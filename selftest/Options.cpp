@@ -8,11 +8,14 @@ namespace selftest
 const char* const kUsage =
     "selftest [--touch-user] [--limit SECONDS] [PART-OF-A-NAME]...\r\n"
     "\r\n"
-    "Runs the tests of tarn.dll, or those of the programs whose names have one of the parts, and\r\n"
+    "Runs the tests of tarn.dll, or those of the programs whose names have one of the parts, "
+    "and\r\n"
     "writes report.txt and report.xml beside this program. Exit code 0: everything passed.\r\n"
     "\r\n"
-    "  --touch-user     also what leaves traces in the settings of the user who runs it: the system's\r\n"
-    "                   Open dialog, which remembers folders and files; a value in RunOnce, which\r\n"
+    "  --touch-user     also what leaves traces in the settings of the user who runs it: the "
+    "system's\r\n"
+    "                   Open dialog, which remembers folders and files; a value in RunOnce, "
+    "which\r\n"
     "                   is removed again; a folder at the root of the drive, likewise\r\n"
     "  --limit SECONDS  how long a test may be silent before it counts as hung; 180 without it\r\n";
 
@@ -47,8 +50,8 @@ Options ReadOptions(const std::vector<std::string>& words)
 bool IsWanted(const Options& options, const std::string& program)
 {
     return options.programs.empty() ||
-           std::any_of(options.programs.begin(), options.programs.end(),
-                       [&](const std::string& part)
-                       { return program.find(part) != std::string::npos; });
+           std::any_of(
+               options.programs.begin(), options.programs.end(),
+               [&](const std::string& part) { return program.find(part) != std::string::npos; });
 }
 } // namespace selftest

@@ -28,16 +28,14 @@ std::wstring Wide(const std::string& utf8)
 std::wstring OwnFolder()
 {
     std::wstring path(32768, L'\0');
-    path.resize(
-        ::GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())));
+    path.resize(::GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())));
     return path.substr(0, path.find_last_of(L'\\'));
 }
 
 bool IsFile(const std::wstring& path)
 {
     const DWORD nAttributes = ::GetFileAttributesW(path.c_str());
-    return nAttributes != INVALID_FILE_ATTRIBUTES &&
-           (nAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
+    return nAttributes != INVALID_FILE_ATTRIBUTES && (nAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
 }
 
 std::vector<std::wstring> FilesIn(const std::wstring& folder, const std::wstring& extension)
@@ -129,8 +127,8 @@ std::wstring PlainForm(const std::wstring& path)
     if (IsPlain(path))
         return path;
     std::wstring shortForm(32768, L'\0');
-    shortForm.resize(::GetShortPathNameW(path.c_str(), shortForm.data(),
-                                         static_cast<DWORD>(shortForm.size())));
+    shortForm.resize(
+        ::GetShortPathNameW(path.c_str(), shortForm.data(), static_cast<DWORD>(shortForm.size())));
     return IsPlain(shortForm) ? shortForm : L"";
 }
 } // namespace selftest

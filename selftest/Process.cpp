@@ -37,8 +37,7 @@ HANDLE CreateKillingJob()
     limits.BasicLimitInformation.LimitFlags =
         JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE | JOB_OBJECT_LIMIT_DIE_ON_UNHANDLED_EXCEPTION;
     if (hJob != nullptr)
-        ::SetInformationJobObject(hJob, JobObjectExtendedLimitInformation, &limits,
-                                  sizeof(limits));
+        ::SetInformationJobObject(hJob, JobObjectExtendedLimitInformation, &limits, sizeof(limits));
     return hJob;
 }
 
@@ -97,10 +96,9 @@ Outcome RunProcess(const std::wstring& command, const std::wstring& outputFile,
     startup.hStdOutput = startup.hStdError = output.Get();
     PROCESS_INFORMATION process = {};
     std::wstring commandLine = command;
-    if (!output.IsValid() ||
-        !::CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, TRUE,
-                          CREATE_SUSPENDED | CREATE_NO_WINDOW, nullptr, nullptr, &startup,
-                          &process))
+    if (!output.IsValid() || !::CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, TRUE,
+                                               CREATE_SUSPENDED | CREATE_NO_WINDOW, nullptr,
+                                               nullptr, &startup, &process))
     {
         outcome.nExitCode = ::GetLastError();
         output.Close();

@@ -19,8 +19,9 @@ enum class End
 struct Outcome
 {
     End end = End::NotStarted;
-    DWORD nExitCode = 0; // of a program that ended by itself; the system's error for one not started
-    std::string output;  // both streams, in the order in which they were written
+    DWORD nExitCode =
+        0;              // of a program that ended by itself; the system's error for one not started
+    std::string output; // both streams, in the order in which they were written
 };
 
 struct Limits

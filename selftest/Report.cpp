@@ -127,8 +127,8 @@ std::string Suite(const ProgramResult& program)
                       Attribute("tests", counts.nTests + counts.nTroubles) +
                       Attribute("failures", counts.nFailed) +
                       Attribute("errors", counts.nUnfinished + counts.nTroubles) +
-                      Attribute("skipped", counts.nSkipped) +
-                      Attribute("time", Seconds(dSeconds)) + ">\n";
+                      Attribute("skipped", counts.nSkipped) + Attribute("time", Seconds(dSeconds)) +
+                      ">\n";
     for (const TestResult& test : program.tests)
         xml += Case(program, test);
     if (!program.trouble.empty())
@@ -163,8 +163,8 @@ std::string Report::Summary() const
 {
     const Counts counts = Count(programs);
     std::string text = std::to_string(programs.size()) + " programs, " +
-                       std::to_string(counts.nTests) +
-                       " tests: " + std::to_string(counts.nPassed) + " passed";
+                       std::to_string(counts.nTests) + " tests: " + std::to_string(counts.nPassed) +
+                       " passed";
     const std::pair<int, const char*> kOthers[] = {{counts.nSkipped, "skipped"},
                                                    {counts.nFailed, "FAILED"},
                                                    {counts.nUnfinished, "NOT FINISHED"}};
@@ -216,19 +216,18 @@ std::string Report::Text() const
 std::string Report::Xml() const
 {
     const Counts counts = Count(programs);
-    std::string xml = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<testsuites" +
-                      Attribute("name", "tarn.dll") +
-                      Attribute("tests", counts.nTests + counts.nTroubles) +
-                      Attribute("failures", counts.nFailed) +
-                      Attribute("errors", counts.nUnfinished + counts.nTroubles) +
-                      Attribute("skipped", counts.nSkipped) +
-                      Attribute("time", Seconds(dSeconds)) + ">\n";
+    std::string xml =
+        "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<testsuites" + Attribute("name", "tarn.dll") +
+        Attribute("tests", counts.nTests + counts.nTroubles) +
+        Attribute("failures", counts.nFailed) +
+        Attribute("errors", counts.nUnfinished + counts.nTroubles) +
+        Attribute("skipped", counts.nSkipped) + Attribute("time", Seconds(dSeconds)) + ">\n";
     // Where readers of this format look for properties: in a suite.
     xml += "  <testsuite" + Attribute("name", "machine") + Attribute("tests", 0) +
            ">\n    <properties>\n";
     for (const auto& fact : facts)
-        xml += "      <property" + Attribute("name", fact.first) +
-               Attribute("value", fact.second) + "/>\n";
+        xml += "      <property" + Attribute("name", fact.first) + Attribute("value", fact.second) +
+               "/>\n";
     if (!interrupted.empty())
         xml += "      <property" + Attribute("name", "interrupted") +
                Attribute("value", interrupted) + "/>\n";

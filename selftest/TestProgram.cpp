@@ -65,10 +65,9 @@ bool RunLeft(const std::wstring& command, const std::wstring& outputFile, const 
     const int nTests = static_cast<int>(result.tests.size());
     const int nLeft = CountLeft(result.tests);
     SelectLeft(result.tests);
-    const Outcome outcome =
-        RunProcess(command, outputFile, limits, [&](const std::string& output) {
-            progress(nTests - nLeft + CountEnded(output), nTests);
-        });
+    const Outcome outcome = RunProcess(command, outputFile, limits, [&](const std::string& output) {
+        progress(nTests - nLeft + CountEnded(output), nTests);
+    });
     ::SetEnvironmentVariableW(L"GTEST_FILTER", nullptr);
     const std::size_t nBroken = ReadRun(outcome.output, result.tests);
     if (nBroken != result.tests.size() && outcome.end != End::Stopped)
@@ -101,8 +100,8 @@ ProgramResult RunTests(const std::wstring& program, const std::wstring& folder,
     result.name = NameOf(program);
     const std::wstring command = L"\"" + program + L"\"";
     const std::wstring outputFile = folder + L"\\output.txt";
-    const Outcome list = RunProcess(command + L" --gtest_list_tests", outputFile, limits,
-                                    [](const std::string&) {});
+    const Outcome list =
+        RunProcess(command + L" --gtest_list_tests", outputFile, limits, [](const std::string&) {});
     result.tests = ReadList(list.output);
     if (list.end != End::ByItself || list.nExitCode != 0 || result.tests.empty())
     {

@@ -88,25 +88,26 @@ void RunAll(const Options& options, Console& console, Report& report)
 {
     const std::wstring own = OwnFolder();
     if (!IsFile(own + L"\\tests\\tarn.dll"))
-        throw std::runtime_error("there is no tests\\tarn.dll beside this program; unpack the whole "
-                                 "zip into a folder of its own");
+        throw std::runtime_error(
+            "there is no tests\\tarn.dll beside this program; unpack the whole "
+            "zip into a folder of its own");
     const Sandbox sandbox;
     const std::wstring folder = sandbox.PlainCopyOf(own + L"\\tests");
     sandbox.SetEnvironment(folder + L"\\tarn.dll", options.bMayTouchUser);
     report.facts = DescribeMachine();
     report.facts.emplace_back("self-test", TARN_SELFTEST_VERSION);
     report.facts.emplace_back("tarn.dll", DescribeFile(own + L"\\tests\\tarn.dll"));
-    report.facts.emplace_back("user's settings", options.bMayTouchUser ? "may be touched (--touch-user)"
-                                                                       : "left alone");
+    report.facts.emplace_back(
+        "user's settings", options.bMayTouchUser ? "may be touched (--touch-user)" : "left alone");
     for (const auto& fact : report.facts)
         console.Line("  " + fact.first + ": " + fact.second);
     console.Line("");
 
     std::vector<std::wstring> programs = FilesIn(folder, L".exe");
-    programs.erase(std::remove_if(programs.begin(), programs.end(),
-                                  [&](const std::wstring& name)
-                                  { return !IsWanted(options, Utf8(name)); }),
-                   programs.end());
+    programs.erase(
+        std::remove_if(programs.begin(), programs.end(),
+                       [&](const std::wstring& name) { return !IsWanted(options, Utf8(name)); }),
+        programs.end());
     Limits limits;
     limits.nSilence = options.nSilenceSeconds * 1000;
     limits.hStop = g_hStop;
