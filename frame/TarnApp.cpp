@@ -5,4 +5,4 @@ END_MESSAGE_MAP()
 
 CTarnApp::~CTarnApp() = default;
 
-static CTarnApp theApp;
+static CTarnApp g_theApp;

@@ -72,7 +72,7 @@ SWAPPED_NAMES = {
 # What the rules below do not see: directives, declarations, files in other languages.
 SPECIAL = (
     ("frame/ExportGuard.h", "AfxGetStaticModuleState()", "AfxGetDefaultModuleState()"),
-    ("frame/TarnApp.cpp", "static CTarnApp theApp;", ""),
+    ("frame/TarnApp.cpp", "static CTarnApp g_theApp;", ""),
     ("frame/tarn.def", "    CloseWaitDlg\n", ""),
     ("frame/tarn.def", "    DoFileOpenDialog\n", ""),
     ("frame/tarn.def", "    DoWaitDlgModless\n", ""),

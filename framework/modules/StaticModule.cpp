@@ -1,6 +1,7 @@
 // The library linked statically into a program: the program has a module state of its own, the
 // application's, besides the library's. Not linked into the DLL.
 #include "framework/modules/ModuleState.h"
+#include "framework/modules/ThreadState.h"
 #include "framework/windows/CWnd.h"
 
 // The resources of the library that such a program needs; this reference brings them in.
@@ -14,6 +15,15 @@ namespace
 AFX_MODULE_STATE g_appModuleState __attribute__((init_priority(101))) (FALSE, &AfxWndProc);
 AFX_MODULE_STATE g_libraryModuleState
     __attribute__((init_priority(101))) (TRUE, &AfxWndProcDllStatic);
+
+void NTAPI OnThread(PVOID /*hModule*/, DWORD dwReason, PVOID /*pReserved*/)
+{
+    if (dwReason == DLL_THREAD_DETACH)
+        AfxTermThread();
+}
+
+// In the program's list of what the loader calls when a thread ends, as it calls a DLL's entry point.
+__attribute__((section(".CRT$XLC"), used)) const PIMAGE_TLS_CALLBACK g_pfnOnThread = &OnThread;
 } // namespace
 
 AFX_MODULE_STATE* AfxGetStaticModuleState() noexcept

@@ -4,7 +4,13 @@
 #include "framework/modules/MaintainState.h"
 #include "framework/modules/ModuleState.h"
 
-const CWnd CWnd::wndTopMost(HWND_TOPMOST);
+namespace
+{
+// A place and no object: nothing is constructed when the library is loaded.
+alignas(CWnd) constexpr unsigned char kTopMost[sizeof(CWnd)] = {};
+} // namespace
+
+const CWnd& CWnd::wndTopMost = reinterpret_cast<const CWnd&>(kTopMost);
 
 BEGIN_MESSAGE_MAP(CWnd, CCmdTarget)
 END_MESSAGE_MAP()
@@ -33,7 +39,11 @@ BOOL CWnd::DestroyWindow()
 
 BOOL CWnd::SetWindowPos(const CWnd* pWndInsertAfter, int x, int y, int cx, int cy, UINT nFlags)
 {
-    HWND const hWndAfter = pWndInsertAfter != nullptr ? pWndInsertAfter->m_hWnd : nullptr;
+    HWND hWndAfter = nullptr;
+    if (pWndInsertAfter == &wndTopMost)
+        hWndAfter = HWND_TOPMOST;
+    else if (pWndInsertAfter != nullptr)
+        hWndAfter = pWndInsertAfter->m_hWnd;
     return ::SetWindowPos(m_hWnd, hWndAfter, x, y, cx, cy, nFlags);
 }
 

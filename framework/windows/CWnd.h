@@ -44,7 +44,7 @@ public:
 
     HWND m_hWnd = nullptr; // owned while attached
 
-    static const CWnd wndTopMost; // for SetWindowPos
+    static const CWnd& wndTopMost; // for SetWindowPos, which knows it by its address
 
 protected:
     // Called for every message; those that no map and no override takes go to the procedure that the
@@ -66,8 +66,6 @@ protected:
 private:
     friend class AFX_MODULE_STATE;
     friend LRESULT CALLBACK AfxWndProc(HWND hWnd, UINT message, WPARAM wParam, LPARAM lParam);
-
-    explicit CWnd(HWND hWnd) : m_hWnd(hWnd) {} // a marker, not attached
 
     AFX_MODULE_STATE* m_pModuleState = nullptr; // of the attached window
     WNDPROC m_pfnSuper = nullptr;
