@@ -10,6 +10,9 @@ set_source_files_properties(
   validate/EmailSyntax.cpp validate/VerifyEmail.cpp
   PROPERTIES COMPILE_OPTIONS "-O2")
 
+# The compiler calls what is defined here only once it has optimised the program.
+set_source_files_properties(runtime/Unwinder.cpp PROPERTIES COMPILE_OPTIONS "-fno-lto")
+
 # For programs that link statically. tarn.dll compiles the same sources in its own way.
 add_library(tarn_objects OBJECT ${sources})
 target_link_libraries(tarn_objects PRIVATE tarn_options)
@@ -33,10 +36,12 @@ set(dll_resource ${PROJECT_BINARY_DIR}/tarn.res.o)
 tarn_compile_resource(frame/tarn.rc ${dll_resource})
 
 add_library(tarn SHARED
-  framework/modules/DllModule.cpp runtime/ExceptionRuntime.cpp ${sources} frame/tarn.def ${dll_resource})
+  framework/modules/DllModule.cpp runtime/ExceptionRuntime.cpp runtime/Unwinder.cpp
+  ${sources} frame/tarn.def ${dll_resource})
 add_library(tarn::tarn ALIAS tarn)
 set_target_properties(tarn PROPERTIES PREFIX "" IMPORT_PREFIX "lib")
-target_link_libraries(tarn PRIVATE tarn_options ${system_libraries})
+# msvcrt is named here, too: the linker of binutils 2.40 crashes when it first meets abort behind libgcc.
+target_link_libraries(tarn PRIVATE tarn_options msvcrt ${system_libraries})
 # Optimised as one program, from which everything goes that no export needs. The linker does not tell
 # the optimiser about the definition file's exports; as undefined symbols they stay.
 file(STRINGS frame/tarn.def exports REGEX "^ ")

@@ -24,7 +24,10 @@ constexpr int kExceptions = 16;
 
 struct ExceptionStorage
 {
-    alignas(16) unsigned char header[kHeaderSize];
+    // While it leaves the library.
+    DWORD nThreadID;
+    const void* pStack;
+    alignas(16) unsigned char header[kHeaderSize - 16];
     alignas(16) unsigned char object[kObjectSize];
 };
 
@@ -89,6 +92,36 @@ void AfxTermThreadExceptions() noexcept
     }
 }
 
+void ExceptionLeaves(const void* pObject, const void* pStack) noexcept
+{
+    // The catch that counts down will be somebody else's.
+    --GetThreadExceptions()->nUncaught;
+    for (ExceptionStorage& storage : g_exceptions)
+    {
+        if (pObject == storage.object)
+        {
+            storage.pStack = pStack;
+            storage.nThreadID = ::GetCurrentThreadId();
+        }
+    }
+}
+
+void EndExceptions(const void* pEnd, void (*pfnDispose)(void* pObject)) noexcept
+{
+    const DWORD nThreadID = ::GetCurrentThreadId();
+    for (ExceptionStorage& storage : g_exceptions)
+    {
+        if (storage.nThreadID != nThreadID || storage.pStack >= pEnd)
+            continue;
+        storage.nThreadID = 0;
+        if (pfnDispose != nullptr)
+        {
+            pfnDispose(storage.object);
+            abi::__cxa_free_exception(storage.object);
+        }
+    }
+}
+
 namespace __cxxabiv1
 {
 extern "C" void* __cxa_allocate_exception(std::size_t cbObject) noexcept
@@ -109,6 +142,7 @@ extern "C" void __cxa_free_exception(void* pObject) noexcept
     {
         if (pObject == g_exceptions[i].object)
         {
+            g_exceptions[i].nThreadID = 0;
             ::InterlockedExchange(&g_bExceptionUsed[i], FALSE);
             return;
         }

@@ -3,19 +3,18 @@
 // The entry point is here, too, instead of the toolchain's own start-up objects. Those bring a repair
 // of data imports, callbacks for thread-local storage and a list of exit functions on the heap: 7 KB
 // and a dozen imports for three static objects that need none of it.
+#include "framework/exceptions/CException.h"
 #include "framework/modules/CWinApp.h"
+#include "framework/modules/MaintainState.h"
 #include "framework/modules/ModuleState.h"
 #include "framework/modules/ThreadState.h"
 #include "framework/windows/CWnd.h"
 #include "runtime/ExceptionRuntime.h"
 #include "runtime/Heap.h"
+#include "runtime/Unwinder.h"
 
 namespace
 {
-// TRUE once the process is ending: what other threads left behind, locks included, is not to be
-// touched any more, and the system takes everything back by itself.
-bool g_bProcessEnds = false;
-
 // The library's own module state; the last object to go, and the heap with it.
 class DllModuleState : public AFX_MODULE_STATE
 {
@@ -23,8 +22,6 @@ public:
     DllModuleState() noexcept : AFX_MODULE_STATE(TRUE, &AfxWndProcDllStatic) {}
     ~DllModuleState()
     {
-        if (g_bProcessEnds)
-            return;
         AfxFreeThreadSlot();
         AfxDestroyHeap();
     }
@@ -44,6 +41,17 @@ AFX_MODULE_STATE* AfxGetStaticModuleState() noexcept
 AFX_MODULE_STATE* AfxGetDefaultModuleState() noexcept
 {
     return &g_moduleState;
+}
+
+void GiveUpCalls(const void* pEnd) noexcept
+{
+    TrackedState::DestroyBelow(pEnd);
+}
+
+void DisposeOfThrown(void* pObject) noexcept
+{
+    // All that is thrown in here.
+    (*static_cast<CException**>(pObject))->Delete();
 }
 
 // The linker's list of constructors: a mark, the constructors, the first one last, and a null.
@@ -91,11 +99,14 @@ extern "C" BOOL WINAPI DllMainCRTStartup(HINSTANCE /*hInstance*/, DWORD dwReason
         ConstructStatics();
         return g_moduleState.m_pCurrentWinApp->InitInstance();
     case DLL_PROCESS_DETACH:
-        g_bProcessEnds = lpReserved != nullptr;
         g_moduleState.m_pCurrentWinApp->ExitInstance();
-        if (!g_bProcessEnds)
+        // When the process ends, what other threads left behind, locks included, is not to be touched
+        // any more, and the system takes everything back by itself.
+        if (lpReserved == nullptr)
+        {
             g_moduleState.OrphanWindows();
-        DestroyStatics();
+            DestroyStatics();
+        }
         break;
     case DLL_THREAD_DETACH:
         AfxTermThread();

@@ -31,4 +31,28 @@ protected:
     BOOL m_bValidActCtxCookie = FALSE;
 };
 
-#define AFX_MANAGE_STATE(p) AFX_MAINTAIN_STATE2 _ctlState(p)
+// As above, and known to its thread: for the day that somebody takes the call's frames away without
+// running destructors, as after a fault of the processor's that the caller survives.
+class TrackedState : public AFX_MAINTAIN_STATE2
+{
+public:
+    explicit TrackedState(AFX_MODULE_STATE* pNewState)
+        : AFX_MAINTAIN_STATE2(pNewState), m_pOuter(m_pThreadState->m_pInnermost)
+    {
+        // One that stands further down was left behind by a host that set its stack back by hand.
+        if (m_pOuter <= this)
+            m_pOuter = nullptr;
+        m_pThreadState->m_pInnermost = this;
+    }
+    ~TrackedState() { m_pThreadState->m_pInnermost = m_pOuter; }
+    TrackedState(const TrackedState&) = delete;
+    TrackedState& operator=(const TrackedState&) = delete;
+
+    // Destroys those below pEnd on the calling thread's stack.
+    static void DestroyBelow(const void* pEnd) noexcept;
+
+private:
+    TrackedState* m_pOuter;
+};
+
+#define AFX_MANAGE_STATE(p) TrackedState _ctlState(p)

@@ -5,6 +5,7 @@
 
 class AFX_MODULE_STATE;
 class CWinThread;
+class TrackedState;
 
 // What the compiler's exception handling keeps for a thread; its binary interface fixes both fields.
 struct AfxThreadExceptions
@@ -17,6 +18,7 @@ class _AFX_THREAD_STATE
 {
 public:
     AFX_MODULE_STATE* m_pModuleState = nullptr; // current; null: the default one
+    TrackedState* m_pInnermost = nullptr;       // guard, on the thread's stack
     CWinThread* m_pCurrentWinThread = nullptr;  // of a thread that AfxBeginThread started
     AfxThreadExceptions m_exceptions;           // in the DLL
 };
