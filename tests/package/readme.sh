@@ -42,6 +42,7 @@ command_of_windows() {
             esac
         done
         ;;
+    mkdir) mkdir "${words[@]:1}" ;;
     bin/*) run 0 "${words[0]}.exe" "${words[@]:1}" && cat out ;;
     *)
         echo "nothing here stands in for ${words[0]}"
@@ -95,6 +96,7 @@ addr2line() {
 }
 check 'an address of a crash is found, as README says' addr2line FileCopy install/FileCopy.cpp
 check 'another one, too' addr2line CloseWaitDlg ui/WaitDlgExports.cpp
+check 'the file was copied' cmp LICENSE target/LICENSE
 check 'the program that CMake made runs' run 0 build/hello.exe
 check 'and says the same' holds out 'us er@example.com: invalid character in email. (at 2)'
 nsis_out=$build/wine/prefix/drive_c/tarn-readme
