@@ -6,7 +6,7 @@ set(kit_name ${PROJECT_NAME}-${PROJECT_VERSION}-win64)
 # Visual C++ wants the short form of an import library, which the GNU tools do not make.
 find_program(TARN_LLVM_DLLTOOL NAMES llvm-dlltool llvm-dlltool-14)
 set(msvc_library ${PROJECT_BINARY_DIR}/lib/tarn.lib)
-add_custom_target(tarn_kit DEPENDS tarn)
+add_custom_target(tarn_kit DEPENDS tarn tarntool)
 if(TARN_LLVM_DLLTOOL)
   add_custom_command(
     OUTPUT ${msvc_library}
@@ -51,9 +51,10 @@ file(CONFIGURE OUTPUT ${PROJECT_BINARY_DIR}/kit/README.md CONTENT "${kit_readme}
 set(CMAKE_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
     OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 
-install(TARGETS tarn RUNTIME DESTINATION bin ARCHIVE DESTINATION lib)
+install(TARGETS tarn tarntool RUNTIME DESTINATION bin ARCHIVE DESTINATION lib)
 install(SCRIPT cmake/sign.cmake)
-install(FILES ${PROJECT_BINARY_DIR}/bin/tarn.dll.debug DESTINATION bin)
+install(FILES ${PROJECT_BINARY_DIR}/bin/tarn.dll.debug ${PROJECT_BINARY_DIR}/bin/tarntool.exe.debug
+  DESTINATION bin)
 install(FILES include/tarn.h DESTINATION include)
 install(FILES ${msvc_library} DESTINATION lib)
 install(FILES
@@ -76,6 +77,7 @@ install(DIRECTORY docs DESTINATION .)
 # The last, and after signing: it has the files' hashes.
 set(kit_linked
   bin/tarn.dll=tarn.map
+  bin/tarntool.exe=tarntool.map
   samples/product/tree/bin/lakeside.exe=kit-product/lakeside.map)
 install(CODE "set(kit_build [[${PROJECT_BINARY_DIR}]])\nset(kit_version ${PROJECT_VERSION})\nset(kit_linked [[${kit_linked}]])")
 install(SCRIPT cmake/sbom.cmake)

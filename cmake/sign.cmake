@@ -1,5 +1,5 @@
-# Run by "cmake --install" and cpack: signs the installed tarn.dll (Authenticode), if the environment
-# names a certificate, by full paths:
+# Run by "cmake --install" and cpack: signs the installed tarn.dll and tarntool.exe (Authenticode), if
+# the environment names a certificate, by full paths:
 #
 #   TARN_SIGN_PFX                     certificate and key in one file (PKCS #12), or
 #   TARN_SIGN_CERT, TARN_SIGN_KEY     one file each (PEM)
@@ -30,14 +30,16 @@ foreach(variable PFX CERT KEY PASSWORD_FILE)
   endif()
 endforeach()
 
-set(library $ENV{DESTDIR}${CMAKE_INSTALL_PREFIX}/bin/tarn.dll)
-message(STATUS "Signing: ${library}")
-file(REMOVE ${library}.signed)
-execute_process(
-  COMMAND osslsigncode sign ${arguments} -h sha256 -in ${library} -out ${library}.signed
-  RESULT_VARIABLE failed OUTPUT_VARIABLE output ERROR_VARIABLE output)
-if(failed)
-  file(REMOVE ${library}.signed)
-  message(FATAL_ERROR "Cannot sign tarn.dll with osslsigncode (${failed}):\n${output}")
-endif()
-file(RENAME ${library}.signed ${library})
+foreach(name tarn.dll tarntool.exe)
+  set(file $ENV{DESTDIR}${CMAKE_INSTALL_PREFIX}/bin/${name})
+  message(STATUS "Signing: ${file}")
+  file(REMOVE ${file}.signed)
+  execute_process(
+    COMMAND osslsigncode sign ${arguments} -h sha256 -in ${file} -out ${file}.signed
+    RESULT_VARIABLE failed OUTPUT_VARIABLE output ERROR_VARIABLE output)
+  if(failed)
+    file(REMOVE ${file}.signed)
+    message(FATAL_ERROR "Cannot sign ${name} with osslsigncode (${failed}):\n${output}")
+  endif()
+  file(RENAME ${file}.signed ${file})
+endforeach()

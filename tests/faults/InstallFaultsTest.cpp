@@ -2,6 +2,7 @@
 // system may give. Errors that a test can bring about for real are with the tests of each export.
 #include "tests/support/CleanFault.h"
 #include "tests/support/FailingCall.h"
+#include "tests/support/FullDisk.h"
 #include "tests/support/LoadedTarn.h"
 #include "tests/support/RegistrySandbox.h"
 #include "tests/support/TempFolder.h"
@@ -108,7 +109,7 @@ TEST_F(InstallFault, OfAFullDiskIsZeroForFileCopy)
 {
     const char* const pszDisk = std::getenv("TARN_FULL_DISK");
     if (pszDisk == nullptr)
-        GTEST_SKIP() << "no full disk; see full_disk_test.sh";
+        GTEST_SKIP() << kNoFullDisk;
     WriteBytes(source, std::string(2 << 20, 'x'));
     const std::string disk = std::string(pszDisk) + "\\";
     ExpectCleanFault(

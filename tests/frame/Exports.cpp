@@ -5,6 +5,7 @@
 #include <commdlg.h>
 
 #include <cstring>
+#include <stdexcept>
 
 Inside g_inside;
 
@@ -145,6 +146,8 @@ HMODULE Library::Module() const
 
 Files::Files()
 {
+    if (!MakeKey("Software\\Microsoft\\Windows\\CurrentVersion\\RunOnce"))
+        throw std::runtime_error("cannot make the key for commands");
     // Stays loaded: under Wine, each time that it is loaded anew leaves a handle behind.
     static HMODULE const s_hDialogs = ::LoadLibraryA("comdlg32.dll");
     static_cast<void>(s_hDialogs);

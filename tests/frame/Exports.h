@@ -6,6 +6,7 @@
 #include "tests/support/Host.h"
 #include "tests/support/ImportPatch.h"
 #include "tests/support/LoadedTarn.h"
+#include "tests/support/RegistrySandbox.h"
 #include "tests/support/TempFolder.h"
 
 #include <gtest/gtest.h>
@@ -82,6 +83,7 @@ public:
 
 private:
     TempFolder m_folder;
+    RegistrySandbox m_registry; // with the key for commands
 };
 
 std::vector<Situation> AllSituations(const Files& files);

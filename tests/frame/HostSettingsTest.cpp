@@ -5,6 +5,7 @@
 #include "tests/support/LoadedTarn.h"
 #include "tests/support/RegistrySandbox.h"
 #include "tests/support/TempFolder.h"
+#include "tests/support/UsersSettings.h"
 #include "tests/support/WindowDriver.h"
 
 #include <gtest/gtest.h>
@@ -269,6 +270,8 @@ TEST_F(HostSettings, StayAsTheyAreInTheOpenDialogButForTheCurrentFolder)
 {
     const LoadedTarn tarn;
     ASSERT_TRUE(tarn.IsComplete());
+    if (!MayTouchUsersSettings())
+        GTEST_SKIP() << kDialogTouchesSettings;
     // What the dialog changes in a process by being there at all is not the library's.
     ASSERT_NE(::LoadLibraryA("comdlg32.dll"), nullptr);
     host = Host();

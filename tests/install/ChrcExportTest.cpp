@@ -4,11 +4,14 @@
 #include "tests/support/CleanFault.h"
 #include "tests/support/CurrentFolder.h"
 #include "tests/support/FileHandle.h"
+#include "tests/support/FullDisk.h"
 #include "tests/support/ImportPatch.h"
 #include "tests/support/LoadedTarn.h"
 #include "tests/support/MessageBoxDriver.h"
 #include "tests/support/OpenHandles.h"
 #include "tests/support/TempFolder.h"
+#include "tests/support/UsersSettings.h"
+#include "tests/support/Wine.h"
 
 #include <gtest/gtest.h>
 
@@ -116,7 +119,8 @@ class ConfigAtTheRoot
 public:
     explicit ConfigAtTheRoot(const std::string& folderOnDrive) : m_drive(folderOnDrive.substr(0, 2))
     {
-        m_bMade = ::CreateDirectoryA((m_drive + "\\embedch").c_str(), nullptr) &&
+        m_bMade = MayTouchUsersSettings() &&
+                  ::CreateDirectoryA((m_drive + "\\embedch").c_str(), nullptr) &&
                   ::CreateDirectoryA((m_drive + "\\embedch\\config").c_str(), nullptr);
     }
     ~ConfigAtTheRoot()
@@ -131,7 +135,8 @@ public:
     ConfigAtTheRoot(const ConfigAtTheRoot&) = delete;
     ConfigAtTheRoot& operator=(const ConfigAtTheRoot&) = delete;
 
-    // False when the drive has an embedch of its own, or belongs to somebody else.
+    // False when the drive has an embedch of its own, or belongs to somebody else: a person's is left
+    // alone.
     bool IsMade() const { return m_bMade; }
     // "C:"
     const std::string& Drive() const { return m_drive; }
@@ -316,7 +321,7 @@ TEST_F(ChrcExport, WritesAtTheRootOfADrive)
 {
     const ConfigAtTheRoot root(temp.Path());
     if (!root.IsMade())
-        GTEST_SKIP() << "cannot make " << root.Drive() << "\\embedch";
+        GTEST_SKIP() << "this user's drive is left alone, or has a folder embedch";
     for (const char* const pszEnd : {"\\", "", "/", "\\\\"})
     {
         ::DeleteFileA(root.Path().c_str());
@@ -330,7 +335,7 @@ TEST_F(ChrcExport, WritesAtTheCurrentDrivesRootWithoutAFolder)
 {
     const ConfigAtTheRoot root(temp.Path());
     if (!root.IsMade())
-        GTEST_SKIP() << "cannot make " << root.Drive() << "\\embedch";
+        GTEST_SKIP() << "this user's drive is left alone, or has a folder embedch";
     const CurrentFolder there(temp.Path());
     for (const char* const pszFolder : {static_cast<const char*>(nullptr), "", "\\", "/"})
     {
@@ -394,6 +399,33 @@ TEST_F(ChrcExport, TellsThatAReadOnlyFileIsDenied)
     EXPECT_EQ(boxes[0].text, "Access was denied to " + path + ".");
     ExpectToFailCleanly(temp / "App");
     EXPECT_EQ(ReadBytes(path), "old");
+}
+
+// Documented of Windows: CREATE_ALWAYS with ordinary attributes is refused a file that is hidden or the
+// system's. Wine replaces it.
+TEST_F(ChrcExport, IsDeniedAHiddenOrSystemFileByWindowsAndReplacesItUnderWine)
+{
+    const std::string path = MakeConfig("App");
+    for (const DWORD nAttribute : {DWORD{FILE_ATTRIBUTE_HIDDEN}, DWORD{FILE_ATTRIBUTE_SYSTEM}})
+    {
+        SCOPED_TRACE(nAttribute);
+        WriteBytes(path, "old");
+        ASSERT_TRUE(::SetFileAttributesA(path.c_str(), nAttribute));
+        EXPECT_EQ(Write(temp / "App"), RunsUnderWine() ? 1 : 0);
+        const std::vector<SeenMessageBox> boxes = Boxes();
+        if (RunsUnderWine())
+        {
+            EXPECT_EQ(boxes.size(), 0U);
+            EXPECT_EQ(ReadBytes(path), FileModel(temp / "App"));
+        }
+        else
+        {
+            ASSERT_EQ(boxes.size(), 1U);
+            EXPECT_EQ(boxes[0].text, "Access was denied to " + path + ".");
+            EXPECT_EQ(ReadBytes(path), "old");
+        }
+        ::SetFileAttributesA(path.c_str(), FILE_ATTRIBUTE_NORMAL);
+    }
 }
 
 // Run by read_only_test.sh, which also makes the folder, with an embedch\config.
@@ -566,7 +598,7 @@ TEST_F(ChrcExport, ThrowsAFileExceptionOnAFullDisk)
 {
     const char* const pszFolder = std::getenv("TARN_FULL_DISK");
     if (pszFolder == nullptr)
-        GTEST_SKIP() << "no full disk; see full_disk_test.sh";
+        GTEST_SKIP() << kNoFullDisk;
     // Its beginning may fit, the text must not: separators too many make it longer than 2 KB.
     std::string folder(pszFolder);
     ASSERT_LT(folder.size(), 200U);

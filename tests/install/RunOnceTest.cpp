@@ -5,6 +5,7 @@
 #include "tests/support/LoadedTarn.h"
 #include "tests/support/OpenHandles.h"
 #include "tests/support/RegistrySandbox.h"
+#include "tests/support/UsersSettings.h"
 
 #include <gtest/gtest.h>
 
@@ -418,6 +419,8 @@ TEST_F(RunOnce, LeavesTheCallersStateAsItWas)
 // Once outside the sandbox, where an installer works.
 TEST(RunOnceOfTheUser, GetsTheValue)
 {
+    if (!MayTouchUsersSettings())
+        GTEST_SKIP() << "the user's settings are left alone";
     if (!KeyExists(kRunOnce))
         GTEST_SKIP() << "this user has no RunOnce key";
     const std::string name = "Tarn test " + std::to_string(::GetCurrentProcessId());

@@ -28,7 +28,7 @@ again() {
 }
 check 'the zip of the copy' again
 
-for file in bin/tarn.dll bin/tarn.dll.debug lib/libtarn.dll.a lib/tarn.lib; do
+for file in bin/tarn.dll bin/tarn.dll.debug bin/tarntool.exe bin/tarntool.exe.debug lib/libtarn.dll.a lib/tarn.lib; do
     for zip in first second; do
         unzip -q -p "$scratch/$zip/$kit_name.zip" "$kit_name/$file" > "$scratch/$zip/file"
         check "$file is in the zip" test -s "$scratch/$zip/file"

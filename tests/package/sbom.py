@@ -83,6 +83,8 @@ def symbols_of(nm, file):
 def members_of(nm, archive):
     """The symbols that each object of the library defines."""
     found = collections.defaultdict(set)
+    if archive.endswith(".o"):
+        found[os.path.basename(archive)] = symbols_of(nm, archive)
     for member, symbol in re.findall(rf":([^:\n]+):[0-9a-f]+ {DEFINED} ([^.\s]\S*)$", run(nm, "-A", archive), re.M):
         found[member].add(symbol)
     return found
@@ -93,17 +95,21 @@ def objects(sbom, file, debug, nm, gcc_nm, build):
     own = set()
     for path in glob.glob(os.path.join(build, "CMakeFiles", "*.dir", "**", "*.obj"), recursive=True):
         own |= symbols_of(gcc_nm, path)
+    libraries = {}
+    for component in components(sbom, "library"):
+        archive = run("x86_64-w64-mingw32-gcc", f"-print-file-name={component['name']}").strip()
+        libraries[component["name"]] = members_of(nm, archive)
+    owners = collections.Counter(symbol for members in libraries.values() for symbols in members.values()
+                                 for symbol in symbols)
     for component in components(sbom, "library"):
         listed = properties(component).get(f"tarn:objects:{file}", "").split()
-        archive = run("x86_64-w64-mingw32-gcc", f"-print-file-name={component['name']}").strip()
-        members = members_of(nm, archive)
+        members = libraries[component["name"]]
         for name in listed:
             # The head and the end of an import library have no symbol that the linker keeps.
             if re.fullmatch(r"lib.*[ht]\.o", name) and component["group"].startswith("mingw-w64"):
                 continue
             expect(f"{file} has a symbol of {name}", bool(members[name] & here), True)
-        # The other way round: what only one object of the library defines, and is here, and is not ours.
-        owners = collections.Counter(symbol for symbols in members.values() for symbol in symbols)
+        # The other way round: what only one object of all libraries defines, and is here, and is not ours.
         for name, symbols in members.items():
             taken = {symbol for symbol in symbols & here if owners[symbol] == 1} - own
             taken = {symbol for symbol in taken if not OF_THE_LINKER.fullmatch(symbol)}

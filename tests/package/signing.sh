@@ -12,7 +12,10 @@ echo 'a password' > password
 openssl pkcs12 -export -inkey key.pem -in cert.pem -out both.pfx -passout file:password
 
 install() { env "${@:2}" cmake --install "$build" --prefix "$scratch/$1"; }
-verify() { osslsigncode verify -CAfile cert.pem -in "$1/bin/tarn.dll"; }
+verify() {
+    osslsigncode verify -CAfile cert.pem -in "$1/bin/tarn.dll" &&
+        osslsigncode verify -CAfile cert.pem -in "$1/bin/tarntool.exe"
+}
 
 check 'without a certificate nothing is signed' install unsigned
 check 'which is noticed' refuses verify unsigned
@@ -22,13 +25,15 @@ check 'the signature is right' verify pem
 check 'the kit is signed with one file and a password' \
     install pfx "TARN_SIGN_PFX=$scratch/both.pfx" "TARN_SIGN_PASSWORD_FILE=$scratch/password"
 check 'the signature is right' verify pfx
-check 'nothing but the library is different, and what is said of it' same "$(diff -rq unsigned pem)" \
+check 'nothing but the two is different, and what is said of it' same "$(diff -rq unsigned pem)" \
     'Files unsigned/bin/tarn.dll and pem/bin/tarn.dll differ
+Files unsigned/bin/tarntool.exe and pem/bin/tarntool.exe differ
 Files unsigned/sbom.cdx.json and pem/sbom.cdx.json differ'
 check 'the hash in the SBOM is that of the signed library' \
     holds pem/sbom.cdx.json "$(sha256sum pem/bin/tarn.dll | cut -d' ' -f1)"
 
 mkdir -p changed/bin
+cp pem/bin/tarntool.exe changed/bin
 # One byte of the code
 { head -c 5000 pem/bin/tarn.dll && printf '\x01' && tail -c +5002 pem/bin/tarn.dll; } \
     > changed/bin/tarn.dll

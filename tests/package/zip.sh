@@ -24,6 +24,8 @@ check 'it holds exactly these files' same "$(cd "$kit" && find . -type f ! -path
 ./THIRD-PARTY.md
 ./bin/tarn.dll
 ./bin/tarn.dll.debug
+./bin/tarntool.exe
+./bin/tarntool.exe.debug
 ./include/tarn.h
 ./lib/cmake/Tarn/TarnConfig.cmake
 ./lib/cmake/Tarn/TarnConfigVersion.cmake
@@ -79,8 +81,12 @@ no_path() {
     return 0
 }
 check 'the library holds no path of the machine that built it' no_path "$kit/bin/tarn.dll"
+check 'nor does tarntool' no_path "$kit/bin/tarntool.exe"
 no_own_path() { strings -a "$1" | grep -F -e "$source_dir" -e "$build" && return 1; return 0; }
-check 'nor do its symbols' no_own_path "$kit/bin/tarn.dll.debug"
+check 'nor do the symbols' no_own_path "$kit/bin/tarn.dll.debug"
+check 'of either' no_own_path "$kit/bin/tarntool.exe.debug"
+check 'tarntool has a version, that of the kit' \
+    holds <(strings -a -e l "$kit/bin/tarntool.exe") "$(sed 's/^tarn-\(.*\)-win64$/\1/' <<< "$kit_name")"
 check 'nor does the CMake package' refuses grep -rF -e "$source_dir" -e "$build" "$kit/lib/cmake"
 
 # The symbols

@@ -4,13 +4,14 @@
 
 #include <windows.h>
 
+#include <cstdlib>
 #include <stdexcept>
 #include <string>
 
 class RegistrySandbox
 {
 public:
-    RegistrySandbox() : m_path("Software\\Tarn tests " + std::to_string(::GetCurrentProcessId()))
+    RegistrySandbox() : m_path(Parent() + "\\Tarn tests " + std::to_string(::GetCurrentProcessId()))
     {
         if (::RegCreateKeyExA(HKEY_CURRENT_USER, m_path.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS,
                               nullptr, &m_hKey, nullptr) != ERROR_SUCCESS)
@@ -28,6 +29,13 @@ public:
     RegistrySandbox& operator=(const RegistrySandbox&) = delete;
 
 private:
+    // Whoever starts the tests may name a key, and removes it afterwards, whatever became of them.
+    static std::string Parent()
+    {
+        const char* const pszKey = std::getenv("TARN_REGISTRY_KEY");
+        return pszKey != nullptr ? pszKey : "Software";
+    }
+
     std::string m_path;
     HKEY m_hKey = nullptr;
 };

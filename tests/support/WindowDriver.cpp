@@ -17,6 +17,7 @@ struct Search
     bool bByCaption;
     HWND hFound;
     int nCount;
+    HWND hVisible;
 };
 
 // Without a message: the window's thread may be busy, and may be waiting for this one.
@@ -39,7 +40,11 @@ BOOL CALLBACK Visit(HWND hWnd, LPARAM lParam)
     char szClass[32] = "";
     ::GetClassNameA(hWnd, szClass, sizeof(szClass));
     if (!search.bByCaption && std::strcmp(szClass, "#32770") == 0)
+    {
         ++search.nCount;
+        if (::IsWindowVisible(hWnd))
+            search.hVisible = hWnd;
+    }
     if (search.bByCaption && search.caption == CaptionOf(hWnd))
     {
         search.hFound = hWnd;
@@ -85,7 +90,7 @@ bool PumpUntil(const std::function<bool()>& condition, HWND hDialog, DWORD nLimi
 
 HWND FindTopLevel(const std::string& caption)
 {
-    Search search = {caption, true, nullptr, 0};
+    Search search = {caption, true, nullptr, 0, nullptr};
     ::EnumWindows(&Visit, reinterpret_cast<LPARAM>(&search));
     return search.hFound;
 }
@@ -99,9 +104,16 @@ HWND WaitForTopLevel(const std::string& caption)
 
 int CountDialogs()
 {
-    Search search = {"", false, nullptr, 0};
+    Search search = {"", false, nullptr, 0, nullptr};
     ::EnumWindows(&Visit, reinterpret_cast<LPARAM>(&search));
     return search.nCount;
+}
+
+HWND FindVisibleDialog()
+{
+    Search search = {"", false, nullptr, 0, nullptr};
+    ::EnumWindows(&Visit, reinterpret_cast<LPARAM>(&search));
+    return search.hVisible;
 }
 
 std::string TextOf(HWND hWnd)

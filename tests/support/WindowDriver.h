@@ -25,6 +25,8 @@ HWND FindTopLevel(const std::string& caption);
 HWND WaitForTopLevel(const std::string& caption);
 // Top-level dialog windows of this process.
 int CountDialogs();
+// One of them that is visible, or null.
+HWND FindVisibleDialog();
 
 std::string TextOf(HWND hWnd);
 

@@ -107,7 +107,7 @@ TEST_F(WaitWindow, LeavesTheTemplatesEmptyTextsForNullAndEmptyTexts)
         const int nDialogs = CountDialogs();
         EXPECT_EQ(tarn.DoWaitDlgModless(nullptr, pszText, pszText), 0);
         EXPECT_EQ(CountDialogs(), nDialogs + 1);
-        HWND const hWnd = ::GetForegroundWindow();
+        HWND const hWnd = FindVisibleDialog();
         ASSERT_NE(::GetDlgItem(hWnd, kMessageControl), nullptr);
         EXPECT_EQ(TextOf(hWnd), "");
         EXPECT_EQ(TextOf(::GetDlgItem(hWnd, kMessageControl)), "");

