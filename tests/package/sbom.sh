@@ -48,7 +48,7 @@ fi
 # All of this does notice.
 printf 'x' >> "$kit/bin/tarn.dll"
 check 'a changed library is noticed' refuses look files "$sbom" "$kit"
-sed 's/unwind-seh\.o/unwind-sjlj.o/' "$sbom" > wrong.json
+sed 's/ eh_catch\.o/ eh_alloc.o/' "$sbom" > wrong.json
 check 'an object that is not in the library is noticed' \
     refuses look objects wrong.json bin/tarn.dll "$kit/bin/tarn.dll.debug" $nm "$gcc_nm" "$build"
 sed 's/ eh_throw\.o//' "$sbom" > wrong.json
