@@ -137,8 +137,9 @@ EXCEPTION_DISPOSITION _GCC_specific_handler(PEXCEPTION_RECORD pRecord, void* pFr
 
     _Unwind_Context context = {};
     context.pDispatch = pDispatch;
-    const auto ask = [&](_Unwind_Action actions) {
-        return pfnPersonality(1, actions, pException->exception_class, pException, &context);
+    const auto ask = [&](int nActions) {
+        return pfnPersonality(1, static_cast<_Unwind_Action>(nActions), pException->exception_class,
+                              pException, &context);
     };
     if ((nFlags & kUnwinding) != 0)
     {

@@ -1,10 +1,12 @@
 #include "tests/support/ChildProcess.h"
+#include "tests/support/ImportPatch.h"
 #include "tests/support/LoadedTarn.h"
 #include "tests/support/ResourceCount.h"
 #include "tests/support/TempFolder.h"
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <vector>
@@ -255,5 +257,39 @@ TEST(Threads, LeaveNothingBehindWhenTheLibraryGoesBeforeThem)
         ::CloseHandle(waiting.hCalled);
         ::CloseHandle(waiting.hEnd);
     }));
+}
+
+constexpr UINT kTouched = 99;
+
+ULONG_PTR WINAPI EndAtOnce()
+{
+    ::TerminateProcess(::GetCurrentProcess(), kTouched);
+    return 0;
+}
+
+// Ends while the library is loaded, its context made, its heap in use and its slot taken.
+TEST(ProcessEnd, DISABLED_Child)
+{
+    auto* const pTarn = new LoadedTarn; // nobody unloads it
+    ThreadWork work = {pTarn, 1, 0};
+    CallManyTimes(&work);
+    ThrowAndCatch(&work);
+    if (work.nWrong != 0)
+        std::exit(1);
+    for (const char* const pszFunction :
+         {"ReleaseActCtx", "DeactivateActCtx", "HeapFree", "HeapDestroy", "TlsFree", "TlsSetValue",
+          "TlsGetValue", "AcquireSRWLockExclusive", "SetWindowLongPtrA"})
+    {
+        auto* const pPatch =
+            new ImportPatch(pTarn->Module(), pszFunction, reinterpret_cast<void*>(&EndAtOnce));
+        if (!pPatch->IsActive())
+            std::exit(2);
+    }
+    std::exit(0);
+}
+
+TEST(ProcessEnd, TouchesNothing)
+{
+    EXPECT_EQ(ExitCodeOfChild("ProcessEnd.DISABLED_Child"), 0U);
 }
 } // namespace

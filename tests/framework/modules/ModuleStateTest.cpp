@@ -1,6 +1,7 @@
 #include <afxwin.h>
 
 #include "tests/support/Host.h"
+#include "tests/support/ResourceCount.h"
 
 #include <gtest/gtest.h>
 
@@ -247,5 +248,23 @@ TEST(ActivationContext, IsNotActivatedWhenThereIsNone)
     EXPECT_FALSE(AfxActivateActCtx(INVALID_HANDLE_VALUE, &nCookie));
     EXPECT_EQ(nCookie, 4711U);
     EXPECT_EQ(HostContext::Current(), nullptr);
+}
+
+// The library linked statically, as here.
+TEST(ThreadState, IsGivenBackByAThreadThatEnds)
+{
+    EXPECT_TRUE(LeavesNothingBehind([] {
+        for (int i = 0; i < 100; ++i)
+        {
+            HANDLE const hThread = ::CreateThread(
+                nullptr, 0,
+                [](LPVOID /*pParameter*/) -> DWORD { return AfxGetThreadState() != nullptr; },
+                nullptr, 0, nullptr);
+            ASSERT_EQ(::WaitForSingleObject(hThread, 60000), WAIT_OBJECT_0);
+            DWORD nMade = FALSE;
+            ASSERT_TRUE(::GetExitCodeThread(hThread, &nMade) && nMade != FALSE);
+            ::CloseHandle(hThread);
+        }
+    }));
 }
 } // namespace
