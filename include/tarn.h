@@ -20,8 +20,22 @@
  *   that Write_ch_config_File documents.
  * - A failure that cannot be put into a result (no memory, a disk that fills up while a file is
  *   written) leaves the function as a C++ exception, thrown by pointer, after the caller's state
- *   has been restored and everything the call held has been released. An installer that is not
- *   built with this library's compiler cannot catch it, and ends.
+ *   has been restored and everything the call held has been released. What that means for
+ *
+ *     C++ with MinGW-w64's GCC          catch (...) catches it; std::uncaught_exceptions reads one
+ *                                       less afterwards
+ *     Visual C++, Clang with __except   an exception of the code 0x20474343; __except may accept
+ *                                       it, which ends it. C++ of these compilers does not catch
+ *                                       it, but for catch (...) under /EHa
+ *     Delphi, 64-bit Inno Setup, .NET   the same code: an external exception, an SEHException;
+ *                                       a handler may accept it, which ends it
+ *     C, and all without a handler      the process ends, with that code; under MinGW-w64's
+ *                                       start-up code by abort, with the code 3
+ *
+ *   docs/hosts.md says more, and which of these were tried: the first with GCC and the second with
+ *   Clang, under Wine.
+ * - A call that faults, since a pointer is not what its function asks for, releases nothing of what
+ *   it held but restores the caller's activation context when a handler of the caller's survives it.
  * - None of them changes the process's locale, error mode, search path or current folder, with the
  *   one exception that DoFileOpenDialog names.
  */
