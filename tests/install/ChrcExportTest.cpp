@@ -2,6 +2,7 @@
 // the exceptions that leave the DLL.
 #include "tests/install/ChrcModel.h"
 #include "tests/support/CleanFault.h"
+#include "tests/support/CodePage932.h"
 #include "tests/support/CurrentFolder.h"
 #include "tests/support/FileHandle.h"
 #include "tests/support/FullDisk.h"

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "install/ChrcTemplate.h"
-#include "tests/support/CodePage932.h"
+#include "tests/support/LeadBytes.h"
 
 #include <cstddef>
 #include <string>
@@ -25,7 +25,7 @@ inline std::string TemplateWith(const std::string& inserted)
 
 // What is inserted for a folder: a run of k backslashes becomes one of 2k - floor(2k / 3), after
 // the separators at the end have gone, byte by byte.
-inline std::string EscapedModel(std::string folder, bool bDoubleByte)
+inline std::string EscapedModel(std::string folder, unsigned int nCodePage)
 {
     while (!folder.empty() && (folder.back() == '\\' || folder.back() == '/'))
         folder.pop_back();
@@ -33,7 +33,7 @@ inline std::string EscapedModel(std::string folder, bool bDoubleByte)
     std::size_t nRun = 0;
     for (std::size_t i = 0; i < folder.size();)
     {
-        const std::size_t cb = bDoubleByte ? CharacterLength932(folder, i) : 1;
+        const std::size_t cb = CharacterLength(nCodePage, folder, i);
         if (cb == 1 && folder[i] == '\\')
             ++nRun;
         else
@@ -49,5 +49,5 @@ inline std::string EscapedModel(std::string folder, bool bDoubleByte)
 // The whole file for a folder in the process's own code page.
 inline std::string FileModel(const std::string& folder)
 {
-    return TemplateWith(EscapedModel(folder, IsCodePage932()));
+    return TemplateWith(EscapedModel(folder, OwnCodePage()));
 }

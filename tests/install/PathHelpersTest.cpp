@@ -2,6 +2,7 @@
 #include "install/PathHelpers.h"
 
 #include "tests/support/CodePage932.h"
+#include "tests/support/LeadBytes.h"
 
 #include <gtest/gtest.h>
 
@@ -27,12 +28,12 @@ std::string SeparatedModel(const std::string& path)
     return bNothingToDo ? path : path + "\\";
 }
 
-std::string NamePartModel(const std::string& path, bool bDoubleByte)
+std::string NamePartModel(const std::string& path, unsigned int nCodePage)
 {
     std::size_t nBegin = 0;
     for (std::size_t i = 0; i < path.size();)
     {
-        const std::size_t cb = bDoubleByte ? CharacterLength932(path, i) : 1;
+        const std::size_t cb = CharacterLength(nCodePage, path, i);
         if (cb == 1 && (path[i] == '\\' || path[i] == '/'))
             nBegin = i + 1;
         i += cb;
@@ -164,7 +165,7 @@ TEST(PathHelpers, AgreeWithAModelOnRandomPaths)
     {
         const std::string path = RandomPath(random);
         ASSERT_EQ(Separated(path), SeparatedModel(path)) << testing::PrintToString(path);
-        ASSERT_EQ(NamePart(path), NamePartModel(path, IsCodePage932()))
+        ASSERT_EQ(NamePart(path), NamePartModel(path, OwnCodePage()))
             << testing::PrintToString(path);
     }
 }
@@ -203,6 +204,6 @@ TEST_F(PathHelpersCodePage932, AgreeWithAModelOnRandomPaths)
     {
         const std::string path = RandomPath(random);
         ASSERT_EQ(Separated(path), SeparatedModel(path)) << testing::PrintToString(path);
-        ASSERT_EQ(NamePart(path), NamePartModel(path, true)) << testing::PrintToString(path);
+        ASSERT_EQ(NamePart(path), NamePartModel(path, 932)) << testing::PrintToString(path);
     }
 }

@@ -39,22 +39,3 @@ protected:
     }
 #endif
 };
-
-// True when a double-byte character may stand in the texts of the process's own code page.
-inline bool IsCodePage932()
-{
-#ifdef _WIN32
-    return ::GetACP() == 932;
-#else
-    return false;
-#endif
-}
-
-// Length of the character at an index of a text in code page 932. From the code page's definition:
-// lead bytes are 0x81 to 0x9F and 0xE0 to 0xFC.
-inline std::size_t CharacterLength932(const std::string& text, std::size_t i)
-{
-    const auto ch = static_cast<unsigned char>(text[i]);
-    const bool bLead = (ch >= 0x81 && ch <= 0x9F) || (ch >= 0xE0 && ch <= 0xFC);
-    return bLead && i + 1 < text.size() ? 2 : 1;
-}
