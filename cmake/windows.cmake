@@ -36,7 +36,8 @@ set(dll_resource ${PROJECT_BINARY_DIR}/tarn.res.o)
 tarn_compile_resource(frame/tarn.rc ${dll_resource})
 
 add_library(tarn SHARED
-  framework/modules/DllModule.cpp runtime/ExceptionRuntime.cpp runtime/Unwinder.cpp
+  framework/modules/DllModule.cpp runtime/ExceptionRuntime.cpp
+  runtime/HandlerTable.cpp runtime/Unwinder.cpp
   ${sources} frame/tarn.def ${dll_resource})
 add_library(tarn::tarn ALIAS tarn)
 set_target_properties(tarn PROPERTIES PREFIX "" IMPORT_PREFIX "lib")

@@ -14,20 +14,14 @@
 #include "runtime/Unwinder.h"
 
 #include "runtime/ExceptionRuntime.h"
+#include "runtime/HandlerTable.h"
 
 #include <unwind.h>
 #include <windows.h>
 
 #include <cstdlib>
 #include <cstring>
-
-// What the personality routine, which knows the compiler's tables, reads and writes.
-struct _Unwind_Context
-{
-    const DISPATCHER_CONTEXT* pDispatch;
-    _Unwind_Word nSelector;
-    _Unwind_Ptr nLandingPad;
-};
+#include <exception>
 
 extern "C" IMAGE_DOS_HEADER __ImageBase;
 
@@ -118,9 +112,9 @@ void FramesGo(const EXCEPTION_RECORD& record, const _Unwind_Exception* pExceptio
 } // namespace
 
 extern "C" {
-EXCEPTION_DISPOSITION _GCC_specific_handler(PEXCEPTION_RECORD pRecord, void* pFrame,
-                                            PCONTEXT /*pContext*/, PDISPATCHER_CONTEXT pDispatch,
-                                            _Unwind_Personality_Fn pfnPersonality)
+// The handler of every frame that has a catch or something to clean up.
+EXCEPTION_DISPOSITION __gxx_personality_seh0(PEXCEPTION_RECORD pRecord, void* pFrame,
+                                             PCONTEXT /*pContext*/, PDISPATCHER_CONTEXT pDispatch)
 {
     auto* const pException = reinterpret_cast<_Unwind_Exception*>(pRecord->ExceptionInformation[0]);
     const DWORD nFlags = pRecord->ExceptionFlags;
@@ -135,24 +129,22 @@ EXCEPTION_DISPOSITION _GCC_specific_handler(PEXCEPTION_RECORD pRecord, void* pFr
     if (pRecord->ExceptionCode != kThrow)
         return ExceptionContinueSearch;
 
-    _Unwind_Context context = {};
-    context.pDispatch = pDispatch;
-    const auto ask = [&](int nActions) {
-        return pfnPersonality(1, static_cast<_Unwind_Action>(nActions), pException->exception_class,
-                              pException, &context);
-    };
+    const Handling handling = FindHandling(*pDispatch, pException);
     if ((nFlags & kUnwinding) != 0)
     {
-        if (ask(_UA_CLEANUP_PHASE) == _URC_INSTALL_CONTEXT)
-            UnwindTo(pFrame, context.nLandingPad, context.nSelector, pException);
+        if (handling.kind == Handling::Kind::CleanUp)
+            UnwindTo(pFrame, handling.nLandingPad, 0, pException);
+        return ExceptionContinueSearch;
     }
-    else if (ask(_UA_SEARCH_PHASE) == _URC_HANDLER_FOUND)
+    if (handling.kind == Handling::Kind::Terminate)
+        std::terminate();
+    if (handling.kind == Handling::Kind::Catch)
     {
-        ask(_UA_CLEANUP_PHASE | _UA_HANDLER_FRAME);
+        SetCaughtObject(pException, handling.pObject);
         pException->private_[1] = reinterpret_cast<_Unwind_Word>(pFrame);
-        pException->private_[2] = context.nLandingPad;
-        pException->private_[3] = context.nSelector;
-        UnwindTo(pFrame, context.nLandingPad, context.nSelector, pException);
+        pException->private_[2] = handling.nLandingPad;
+        pException->private_[3] = handling.nSelector;
+        UnwindTo(pFrame, handling.nLandingPad, handling.nSelector, pException);
     }
     return ExceptionContinueSearch;
 }
@@ -183,44 +175,5 @@ void _Unwind_DeleteException(_Unwind_Exception* pException)
 {
     if (pException->exception_cleanup != nullptr)
         pException->exception_cleanup(_URC_FOREIGN_EXCEPTION_CAUGHT, pException);
-}
-
-_Unwind_Ptr _Unwind_GetIPInfo(_Unwind_Context* pContext, int* pbBefore)
-{
-    *pbBefore = 0;
-    return pContext->pDispatch->ControlPc;
-}
-
-void* _Unwind_GetLanguageSpecificData(_Unwind_Context* pContext)
-{
-    return pContext->pDispatch->HandlerData;
-}
-
-_Unwind_Ptr _Unwind_GetRegionStart(_Unwind_Context* pContext)
-{
-    return pContext->pDispatch->ImageBase + pContext->pDispatch->FunctionEntry->BeginAddress;
-}
-
-// The first register, the exception's, is set by the system.
-void _Unwind_SetGR(_Unwind_Context* pContext, int nRegister, _Unwind_Word nValue)
-{
-    if (nRegister == 1)
-        pContext->nSelector = nValue;
-}
-
-void _Unwind_SetIP(_Unwind_Context* pContext, _Unwind_Ptr nLandingPad)
-{
-    pContext->nLandingPad = nLandingPad;
-}
-
-// Not of this system.
-_Unwind_Ptr _Unwind_GetDataRelBase(_Unwind_Context* /*pContext*/)
-{
-    return 0;
-}
-
-_Unwind_Ptr _Unwind_GetTextRelBase(_Unwind_Context* /*pContext*/)
-{
-    return 0;
 }
 }
