@@ -106,6 +106,12 @@ void ExceptionLeaves(const void* pObject, const void* pStack) noexcept
     }
 }
 
+void ExceptionComes() noexcept
+{
+    // The throw that counted up was somebody else's.
+    ++GetThreadExceptions()->nUncaught;
+}
+
 void EndExceptions(const void* pEnd, void (*pfnDispose)(void* pObject)) noexcept
 {
     const DWORD nThreadID = ::GetCurrentThreadId();

@@ -140,6 +140,9 @@ EXCEPTION_DISPOSITION __gxx_personality_seh0(PEXCEPTION_RECORD pRecord, void* pF
         std::terminate();
     if (handling.kind == Handling::Kind::Catch)
     {
+        // Raised by the system, and not offered as above.
+        if (pRecord->NumberParameters != 0)
+            ExceptionComes();
         SetCaughtObject(pException, handling.pObject);
         pException->private_[1] = reinterpret_cast<_Unwind_Word>(pFrame);
         pException->private_[2] = handling.nLandingPad;

@@ -39,9 +39,9 @@ private:
 
 // What a host does whose own run-time code must count right: its catch counts down an exception that
 // somebody else's throw counted up. docs/hosts.md shows it.
-void CountCaught()
+void CountCaught(int nCount = 1)
 {
-    ++*reinterpret_cast<unsigned int*>(reinterpret_cast<void**>(abi::__cxa_get_globals()) + 1);
+    *reinterpret_cast<int*>(reinterpret_cast<void**>(abi::__cxa_get_globals()) + 1) += nCount;
 }
 
 enum class Way
@@ -217,6 +217,37 @@ TEST_P(SameCompilerHost, CatchesOnEightThreadsAtOnce)
 INSTANTIATE_TEST_SUITE_P(InEachWay, SameCompilerHost,
                          testing::Values(Way::ByBaseClass, Way::ByAnything, Way::ByRethrowing,
                                          Way::ByNesting, Way::WhileUnwinding));
+
+INT_PTR CALLBACK ThrowInWindow(HWND /*hWnd*/, UINT message, WPARAM /*wParam*/, LPARAM /*lParam*/)
+{
+    if (message == WM_APP)
+        throw 4711;
+    return FALSE;
+}
+
+// A host that puts a procedure of its own under the wait window's, and throws in it.
+TEST(SameCompilerHostInTheWindow, ThrowsNoFurtherThanTheLibraryWhichCountsRight)
+{
+    const LoadedInside inside;
+    ASSERT_TRUE(inside.tarn.IsComplete() && inside.IsAtRest != nullptr);
+    inside.tarn.DoWaitDlgModless(nullptr, "A host that throws", "message");
+    HWND const hWnd = ::FindWindowA("#32770", "A host that throws");
+    ASSERT_NE(hWnd, nullptr);
+    ::SetWindowLongPtrA(hWnd, DWLP_DLGPROC, reinterpret_cast<LONG_PTR>(&ThrowInWindow));
+    const int nBefore = std::uncaught_exceptions();
+    int nUncaught = -1;
+    for (int i = 0; i < 3; ++i)
+    {
+        EXPECT_EQ(::SendMessageA(hWnd, WM_APP, 0, 0), 0);
+        EXPECT_TRUE(inside.IsAtRest(&nUncaught));
+        EXPECT_EQ(nUncaught, 0);
+    }
+    EXPECT_EQ(std::uncaught_exceptions(), nBefore + 3) << "out of the library's reach";
+    for (int i = 0; i < 3; ++i)
+        CountCaught(-1);
+    inside.tarn.CloseWaitDlg();
+    EXPECT_FALSE(::IsWindow(hWnd));
+}
 
 // The host's run-time code is its own copy, and the library cannot reach the count in it.
 TEST(SameCompilerHostThatDoesNotCount, ReadsOneLessForEachCatch)
