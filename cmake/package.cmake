@@ -62,11 +62,21 @@ install(FILES
   cmake/TarnTargets.cmake
   DESTINATION lib/cmake/Tarn)
 install(FILES ${PROJECT_BINARY_DIR}/tarn.pc DESTINATION lib/pkgconfig)
-install(FILES nsis/tarn.nsh nsis/tarn-fault.nsh DESTINATION nsis)
+install(FILES nsis/tarn.nsh nsis/tarn-fault.nsh nsis/tarntool.nsh DESTINATION nsis)
 install(FILES samples/c/CMakeLists.txt samples/c/setup.c DESTINATION samples/c)
 install(FILES samples/cpp/CMakeLists.txt samples/cpp/tarntool.cpp DESTINATION samples/cpp)
 install(FILES samples/nsis/minimal.nsi DESTINATION samples/nsis)
 install(FILES samples/wizard/wizard.nsi DESTINATION samples/wizard)
+install(FILES samples/inno/lakeside.iss samples/inno/tarntool.iss DESTINATION samples/inno)
+install(FILES samples/inno7/tarn.iss DESTINATION samples/inno7)
+install(FILES samples/msi/lakeside.wxs samples/msi/lakeside-wix4.wxs samples/msi/actions.sql
+  DESTINATION samples/msi)
+install(PROGRAMS samples/msi/make.sh DESTINATION samples/msi)
+install(FILES samples/go/go.mod samples/go/setup.go samples/go/tarn.go DESTINATION samples/go)
+install(FILES samples/rust/setup.rs samples/rust/tarn.rs DESTINATION samples/rust)
+install(FILES samples/node/package.json samples/node/setup.js samples/node/tarn.js DESTINATION samples/node)
+install(FILES samples/csharp/Tarn.cs DESTINATION samples/csharp)
+install(FILES samples/delphi/Tarn.pas DESTINATION samples/delphi)
 install(DIRECTORY samples/wizard/art DESTINATION samples/wizard
   FILES_MATCHING PATTERN *.bmp PATTERN *.ico)
 install(FILES samples/product/lakeside.c ${kit_product}/product.nsh DESTINATION samples/product)

@@ -2,23 +2,22 @@
 # Sourced by run.sh and by the tests of the samples: makes the sample installer, starts Wine, and
 # compares what was installed with what must be there.
 #
-# Before: build, the build folder's absolute path; TARN_WIZARD, x86 for the 32-bit installer, which needs a
-# Wine that runs such programs. The default is the 64-bit one.
+# Before: build, the build folder's absolute path; TARN_WIZARD, which installer it is:
+#   (empty)  64-bit NSIS     x86   32-bit NSIS     inno  Inno Setup     msi   Windows Installer
+# x86 and inno need a Wine that runs 32-bit programs.
 
 : "${build:?}"
 samples=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
-out=$build/samples
+out=$build/samples${TARN_WIZARD:+-$TARN_WIZARD}
 wizard_options=(-DTARN_DLL="$build/bin/tarn.dll")
-if [ "${TARN_WIZARD:-}" = x86 ]; then
-    out=$build/samples-x86
-    wizard_options=(-DX86 -DTARNTOOL="$build/bin/tarntool.exe")
-fi
+[ "${TARN_WIZARD:-}" != x86 ] || wizard_options=(-DX86 -DTARNTOOL="$build/bin/tarntool.exe")
 setup=$out/lakeside-setup.exe
 tree=$out/product/tree
 licence=$out/input/my\ licence.lic
 run_once='HKCU\Software\Microsoft\Windows\CurrentVersion\RunOnce'
 run_once_value=LakesideWelcome
 uninstall_key='HKCU\Software\Microsoft\Windows\CurrentVersion\Uninstall\Lakeside'
+installers_own=(uninstall.exe) # files, beside those of the product
 
 die() {
     echo "${0##*/}: $*" >&2
@@ -32,13 +31,17 @@ need_tools() {
     done
 }
 
-make_installer() {
-    [ -f "$build/bin/tarn.dll" ] || die "there is no $build/bin/tarn.dll"
+make_product() {
     mkdir -p "$out/input" "$build/screenshots"
     "$samples/product/make.sh" "$out/product" || die "the sample product cannot be made"
+    printf 'Lakeside Workbench licence 4711\r\n' > "$licence"
+}
+
+make_installer() {
+    [ -f "$build/bin/tarn.dll" ] || die "there is no $build/bin/tarn.dll"
+    make_product
     makensis -V2 -WX -DPRODUCT_DIR="$out/product" -DOUT_FILE="$setup" "${wizard_options[@]}" \
         "$samples/wizard/wizard.nsi" || die "the sample installer cannot be made"
-    printf 'Lakeside Workbench licence 4711\r\n' > "$licence"
 }
 
 # A prefix and a display of the samples' own, unless TARN_WINE_DIR names others: keystrokes and
@@ -92,10 +95,11 @@ on_screen() { xdotool search --onlyvisible --name "$1" &> /dev/null; }
 
 registry_key() { wine reg query "$1" &> /dev/null; }
 
-# What NSIS and the library may have left in the temporary folder. The uninstaller's copy of itself
+# What the installer and the library may have left in the temporary folder. The uninstaller's copy of itself
 # is not among it: the system removes that at the next start.
 temporary_files() {
-    find "$WINEPREFIX/drive_c/users" -ipath '*/temp/*' ! -ipath '*/~nsu*' -printf '%f '
+    find "$WINEPREFIX/drive_c/users" -ipath '*/temp/*' ! -ipath '*/~nsu*' ! -ipath '*/iu-*.tmp*' \
+        -printf '%f '
 }
 
 clean_slate() { # FOLDER
@@ -119,7 +123,7 @@ report_files() { # FOLDER
     extra=$({
         (cd "$root" && find . -type f -printf '%P\n')
         (cd "$tree" && find . -type f -printf '%P\n')
-        printf '%s\n' 'licence/my licence.lic' registration.ini embedch/config/chrc uninstall.exe
+        printf '%s\n' 'licence/my licence.lic' registration.ini embedch/config/chrc "${installers_own[@]}"
     } | LC_ALL=C sort | uniq -u | paste -sd' ')
     check 'nothing else' "$extra" empty "$extra"
 }

@@ -6,6 +6,8 @@
 #   - sizes: every "TARN_X (n)" has the value of tarn.h, and a page that has a buffer names its constant;
 #   - the messages of the address check stand on its page as they stand in the source;
 #   - the version is that of CMakeLists.txt wherever the kit is named, and CHANGELOG has it;
+#   - the declarations for other languages name the seven functions, those for Inno Setup with as many
+#     parameters and the same results;
 #   - macros of tarn.nsh, commands of dev, files and folders that the text names are there;
 #   - links lead to files, and to headings where they name one.
 set -u
@@ -98,6 +100,42 @@ for name in $exports; do
     fi
 done
 
+# Declarations
+# name, number of parameters and result for each function that tarn.h declares
+header_functions() {
+    sed -e '/^ *\/\*/,/\*\//d' include/tarn.h | tr '\n' ' ' |
+        grep -o '[a-z]* [A-Za-z_]*([^)]*);' | sed 's/(void)/()/' |
+        awk '{ name = $2; sub(/\(.*/, "", name); arguments = $0
+               sub(/^[^(]*\(/, "", arguments); sub(/\);$/, "", arguments)
+               n = arguments ~ /^ *$/ ? 0 : split(arguments, list, ",")
+               print name, n, $1 }'
+}
+
+# The same of the external functions of a Pascal script.
+inno_functions() {
+    tr '\n' ' ' < "$1" | grep -o "function [^;]*\(([^)]*)\)\?[^;]*; *external '[^']*'" |
+        awk -v quote="'" '{
+            name = $0; sub(/^.*external ./, "", name); sub(/@.*/, "", name)
+            n = 0
+            if (match($0, /\([^)]*\)/)) {
+                groups = split(substr($0, RSTART + 1, RLENGTH - 2), list, ";")
+                for (i = 1; i <= groups; i++) n += gsub(/,/, ",", list[i]) + 1
+            }
+            print name, n, ($0 ~ /: Integer; *external/ ? "int" : "?")
+        }'
+}
+while IFS= read -r line; do
+    header_functions | grep -qxF "$line" ||
+        fail "samples/inno7/tarn.iss: not in include/tarn.h like this (name, parameters, result): $line"
+done < <(inno_functions samples/inno7/tarn.iss)
+[ "$(inno_functions samples/inno7/tarn.iss | sort -u | grep -c '')" = 7 ] ||
+    fail 'samples/inno7/tarn.iss does not declare the seven functions'
+for file in samples/go/tarn.go samples/rust/tarn.rs samples/node/tarn.js samples/csharp/Tarn.cs samples/delphi/Tarn.pas; do
+    for name in $exports; do
+        grep -qw "$name" "$file" || fail "$file lacks $name"
+    done
+done
+
 # Sizes
 while read -r name value; do
     grep -rhoE "\`?$name\`? \([-0-9]+\)" README.md docs | grep -vF "($value)" &&
@@ -127,7 +165,7 @@ grep -hoE 'tarn-[0-9][0-9.]*-win64' README.md kit/README.md CONTRIBUTING.md docs
 
 # Macros and commands
 while read -r macro; do
-    grep -q "^!define $macro " nsis/tarn.nsh || fail "nsis/tarn.nsh has no \${$macro}"
+    grep -hq "^!define $macro " nsis/*.nsh || fail "nsis has no \${$macro}"
 done < <(grep -rhoE '\$\{Tarn_[A-Za-z]+\}' README.md kit/README.md CONTRIBUTING.md docs | tr -d "\${}" | sort -u)
 while read -r command; do
     [ "$command" = help ] || [ -f "tools/commands/$command.sh" ] || fail "there is no ./dev $command"

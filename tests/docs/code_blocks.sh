@@ -12,12 +12,12 @@
 #            registers hold afterwards.
 #   sh       Each line is one command. "./dev X": X must be one of dev's commands, which is not run
 #            from here. Anything else is run, in a copy of the source folder.
-#   inno     Cannot be compiled here. Names, number of parameters and results are compared with tarn.h.
-#   wix      Cannot be compiled here. The elements must be balanced, and every DllEntry must be
-#            exported by a DLL that a c block makes.
 #   text     Pictures and listings; not code.
 #
-# A further word is the name that the block is saved under, for the sh blocks of the same page.
+# A further word is the name that the block is saved under, for the sh blocks of the same page. One with a slash
+# is a file of the source tree, and the block must stand in it, to the letter: what can only be compiled or run
+# where ./dev installers brings the tools is shown as its tests run it. A test must name the file's folder, or the
+# file itself must say that it was not run.
 # Any other kind of block, an unmarked one and an indented one are errors.
 #
 # Programs find what the pages assume: C:\Package with two files, and an empty C:\Target.
@@ -251,56 +251,21 @@ block_sh() {
     pass
 }
 
-# name, number of parameters and result for each function that tarn.h declares
-header_functions() {
-    sed -e '/^ *\/\*/,/\*\//d' "$source/include/tarn.h" | tr '\n' ' ' |
-        grep -o '[a-z]* [A-Za-z_]*([^)]*);' | sed 's/(void)/()/' |
-        awk '{ name = $2; sub(/\(.*/, "", name); arguments = $0
-               sub(/^[^(]*\(/, "", arguments); sub(/\);$/, "", arguments)
-               n = arguments ~ /^ *$/ ? 0 : split(arguments, list, ",")
-               print name, n, $1 }'
-}
-
-# The same of the external functions of a Pascal script.
-inno_functions() {
-    tr '\n' ' ' < "$1" | grep -o "function [^;]*\(([^)]*)\)\?[^;]*; *external '[^']*'" |
-        awk -v quote="'" '{
-            name = $0; sub(/^.*external ./, "", name); sub(/@.*/, "", name)
-            n = 0
-            if (match($0, /\([^)]*\)/)) {
-                groups = split(substr($0, RSTART + 1, RLENGTH - 2), list, ";")
-                for (i = 1; i <= groups; i++) n += gsub(/,/, ",", list[i]) + 1
-            }
-            print name, n, ($0 ~ /: Integer; *external/ ? "int" : "?")
-        }'
-}
-
-block_inno() {
-    header_functions > "$work/header-functions"
-    inno_functions "$1" > "$work/inno-functions"
-    [ -s "$work/inno-functions" ] || { fail 'no external function'; return; }
-    while IFS= read -r line; do
-        grep -qxF "$line" "$work/header-functions" ||
-            { fail "not in tarn.h like this (name, parameters, result): $line"; return; }
-    done < "$work/inno-functions"
-    if [ "$(grep -c external "$1")" != "$(grep -c '' "$work/inno-functions")" ]; then
-        fail 'a declaration is not understood'
-        return
+# block_excerpt BLOCK FILE
+block_excerpt() {
+    local file=$source/$2
+    [ -f "$file" ] || { fail "there is no $2"; return; }
+    perl -0777 -e 'open my $b, "<", $ARGV[0]; open my $f, "<", $ARGV[1];
+                   exit(index("\n" . <$f>, "\n" . <$b>) < 0)' "$1" "$file" ||
+        { fail "it does not stand in $2 like this"; return; }
+    if head -n 5 "$file" | grep -qiE 'not been run|nor run'; then
+        pass "stands in $2, which says that it was not run"
+    else
+        # shellcheck disable=SC2016 # the dollar is that of the scripts
+        grep -rqF "\$samples/$(cut -d/ -f2 <<< "$2")" "$source/tests/installers" "$source/samples/lib.sh" ||
+            { fail "no test builds $2"; return; }
+        pass "stands in $2"
     fi
-    pass 'names and parameter counts agree with tarn.h; not compiled'
-}
-
-block_wix() {
-    local entry
-    awk 'BEGIN { RS = "<" } NR > 1 {
-             tag = $0; sub(/>.*/, "", tag); name = tag; gsub(/^\//, "", name); sub(/[ \n\/].*/, "", name)
-             if (tag ~ /^\//) { if (open[depth--] != name) exit 1 }
-             else if (tag !~ /\/$/ && tag !~ /^[!?]/) open[++depth] = name }
-         END { exit depth != 0 }' "$1" || { fail 'the elements are not balanced'; return; }
-    while IFS= read -r entry; do
-        grep -qxF "$entry" "$work/dll-exports" || { fail "no c block exports $entry"; return; }
-    done < <(grep -o 'DllEntry="[^"]*"' "$1" | cut -d'"' -f2)
-    pass 'balanced, and its entries exist; not compiled'
 }
 
 #---------------------------------------------------------------------------------------------------
@@ -331,7 +296,7 @@ $cc -std=c89 -Wall -Wextra -Werror "$source/tests/docs/pick_file.c" -o "$work/pi
 # The named blocks, where the shell finds them; and output blocks stand where they say something.
 previous=
 while IFS=$'\t' read -r number page _ kind name; do
-    if [ "$name" != - ]; then
+    if [ "$name" != - ] && [[ $name != */* ]]; then
         [ -d "$work/pages/${page//\//_}" ] || make_tree "$work/pages/${page//\//_}"
         cp "$work/blocks/$number" "$work/pages/${page//\//_}/$name"
     fi
@@ -346,10 +311,10 @@ done < "$work/blocks/index"
 
 # kinds KIND... - the blocks of these kinds, in the order of the pages.
 kinds() {
-    local i number line kind dir
+    local i number line kind dir name
     for i in "${!index[@]}"; do
-        IFS=$'\t' read -r number page line kind _ <<< "${index[i]}"
-        [[ " $* " == *" $kind "* ]] || continue
+        IFS=$'\t' read -r number page line kind name <<< "${index[i]}"
+        [[ " $* " == *" $kind "* ]] && [[ $name != */* ]] || continue
         label="$page:$line ($kind)"
         expected=
         if [[ "${index[i + 1]:-}" == *$'\toutput\t'* ]]; then
@@ -363,11 +328,16 @@ kinds() {
     done
 }
 kinds c cpp nsis
-kinds sh inno wix
+kinds sh
 
-while IFS=$'\t' read -r _ page line kind _; do
+while IFS=$'\t' read -r number page line kind name; do
+    label="$page:$line ($kind)"
+    if [[ $name == */* ]]; then
+        block_excerpt "$work/blocks/$number" "$name"
+        continue
+    fi
     case $kind in
-    c | cpp | nsis | sh | inno | wix | output | text) ;;
+    c | cpp | nsis | sh | output | text) ;;
     *) label="$page:$line" && fail "nothing says what to do with a block of kind '$kind'" ;;
     esac
 done < "$work/blocks/index"

@@ -74,12 +74,14 @@ install() {
     keys Escape
     check 'cancel leaves the field as it was' '' until_gone 'Choose the licence file'
     check '  the field is empty' "$(focus_text)" empty "$(focus_text)"
+    page 'Licence File'
     keys alt+r
     page 'Choose the licence file'
     xdotool type --delay 20 "${licence##*/}"
     keys Return
     check 'the chosen file is in the field' "$offered" until_shown "$offered"
     until_gone 'Choose the licence file'
+    page 'Licence File'
     picture 7-licence-chosen
     keys alt+n
 

@@ -1,0 +1,3 @@
+module setup
+
+go 1.19

@@ -1,0 +1,49 @@
+#!/bin/bash
+# kit_test.sh BUILD_DIR SOURCE_DIR - the samples build from the kit alone, in a folder with a blank and brackets,
+# as their first lines say. Before: TARN_ISCC, and the clients' compilers.
+set -u -o pipefail
+build=$(cd "$1" && pwd) || exit 2
+source_dir=$2
+export TARN_WIZARD=kit
+# shellcheck source=samples/lib.sh
+. "$source_dir/samples/lib.sh"
+
+kit="$out/tarn kit (1) [x]"
+
+quietly() { "$@" &> "$out/log" || { cat "$out/log"; return 1; }; }
+in_folder() { (cd "$1" && shift && "$@"); }
+
+need_tools wine makensis wixl msibuild go cmake
+rm -rf "$out/tarn kit"*
+mkdir -p "$out"
+quietly cmake --install "$build" --prefix "$kit" || die 'the kit cannot be made'
+start_wine
+: "${TARN_ISCC:?}"
+
+check '32-bit NSIS' '' quietly makensis -V2 -WX -DX86 "$kit/samples/wizard/wizard.nsi"
+check '  is there' '' test -s "$kit/samples/wizard/lakeside-setup.exe"
+check 'Inno Setup' '' quietly in_folder "$kit/samples/inno" wine "$TARN_ISCC" /Q lakeside.iss
+check '  is there' '' test -s "$kit/samples/inno/lakeside-setup.exe"
+check 'Windows Installer' '' quietly in_folder "$kit/samples/msi" ./make.sh
+check '  is there' '' test -s "$kit/samples/msi/lakeside.msi"
+check 'Go' '' quietly in_folder "$kit/samples/go" env GOOS=windows GOARCH=amd64 GOCACHE="$out/cache" go build
+check '  is there' '' test -s "$kit/samples/go/setup.exe"
+check 'Rust' '' quietly in_folder "$kit/samples/rust" "$(PATH=/usr/bin:$PATH command -v rustc)" --edition 2021 \
+    --target x86_64-pc-windows-gnu -L ../../lib setup.rs
+check '  is there' '' test -s "$kit/samples/rust/setup.exe"
+
+# What was made of the kit installs.
+folder='C:\From the kit'
+run() { timeout 120 wine "$@" &> "$out/log"; }
+check '32-bit NSIS installs' '' run "$kit/samples/wizard/lakeside-setup.exe" /S /EMAIL=user@example.com \
+    "/D=$folder"
+report_chrc "$folder"
+check '  and goes' '' run "$folder\\uninstall.exe" /S
+clean_slate "$folder"
+check 'Inno Setup installs' '' run "$kit/samples/inno/lakeside-setup.exe" /VERYSILENT /SUPPRESSMSGBOXES \
+    /EMAIL=user@example.com "/DIR=$folder"
+report_chrc "$folder"
+check '  and goes' '' run "$folder\\unins000.exe" /VERYSILENT
+echo
+[ $wrong = 0 ] || { echo "$wrong WRONG"; exit 1; }
+echo 'Everything is right.'
