@@ -24,7 +24,7 @@ ULONG_PTR ReadNumber(const BYTE*& p)
 {
     ULONG_PTR nValue = 0;
     unsigned int nShift = 0;
-    BYTE byte;
+    BYTE byte = 0;
     do
     {
         byte = *p++;
@@ -48,6 +48,7 @@ const std::type_info* ReadType(const BYTE* pEnd, BYTE nEncoding, LONG_PTR nType)
     if (nEncoding == kAbsolute)
         return reinterpret_cast<const std::type_info* const*>(pEnd)[-nType];
     const int* const pOffset = reinterpret_cast<const int*>(pEnd) - nType;
+    // NOLINTNEXTLINE(clang-analyzer-core.NullDereference): who names a type has written types
     if (*pOffset == 0)
         return nullptr;
     return *reinterpret_cast<const std::type_info* const*>(reinterpret_cast<const BYTE*>(pOffset) +

@@ -17,5 +17,6 @@ extern "C" int IsAtRest(int* pnUncaught)
 {
     *pnUncaught = std::uncaught_exceptions();
     const _AFX_THREAD_STATE* const pState = AfxFindThreadState();
-    return pState == nullptr || (pState->m_pModuleState == nullptr && pState->m_pInnermost == nullptr);
+    return pState == nullptr ||
+           (pState->m_pModuleState == nullptr && pState->m_pInnermost == nullptr);
 }
