@@ -160,7 +160,7 @@ done <<< "$messages"
 version=$(sed -n 's/^project(tarn VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)
 [ -n "$version" ] || fail 'CMakeLists.txt: no version'
 grep -qxF "## $version" CHANGELOG.md || fail "CHANGELOG.md has no section $version"
-grep -hoE 'tarn-[0-9][0-9.]*-win64' README.md kit/README.md CONTRIBUTING.md docs/*.md internals/*.md | grep -vxF "tarn-$version-win64" &&
+grep -hoE 'tarn-[0-9][0-9.]*-(selftest-)?win64' README.md kit/README.md CONTRIBUTING.md docs/*.md internals/*.md | grep -vxE "tarn-$version-(selftest-)?win64" &&
     fail "the version is $version"
 
 # Macros and commands
