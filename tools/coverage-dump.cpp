@@ -1,20 +1,16 @@
-// In a coverage build of tarn.dll, writes the counts. The runtime would do so in a destructor that the
-// library's own start-up code does not call, and the counts of the last objects' destructors would be
-// missing.
+// In a coverage build of tarn.dll, stands around its entry point and writes the counts when all is done: the
+// runtime would do so in a destructor that the library's own start-up code does not call, and at the end of
+// a process none is called.
+#include <windows.h>
+
 extern "C" void __gcov_dump();
+extern "C" BOOL WINAPI DllMainCRTStartup(HINSTANCE hInstance, DWORD dwReason, LPVOID lpReserved);
+extern "C" BOOL WINAPI CountedEntry(HINSTANCE hInstance, DWORD dwReason, LPVOID lpReserved);
 
-namespace
+BOOL WINAPI CountedEntry(HINSTANCE hInstance, DWORD dwReason, LPVOID lpReserved)
 {
-class CoverageDump
-{
-public:
-    CoverageDump() = default;
-    ~CoverageDump() { __gcov_dump(); }
-    CoverageDump(const CoverageDump&) = delete;
-    CoverageDump& operator=(const CoverageDump&) = delete;
-};
-
-// As the last object file of those with this priority, made before the module state, and so the last to
-// go.
-CoverageDump g_coverageDump __attribute__((init_priority(101)));
-} // namespace
+    const BOOL bResult = DllMainCRTStartup(hInstance, dwReason, lpReserved);
+    if (dwReason == DLL_PROCESS_DETACH)
+        __gcov_dump();
+    return bResult;
+}
