@@ -10,8 +10,10 @@ set_source_files_properties(
   validate/EmailSyntax.cpp validate/VerifyEmail.cpp
   PROPERTIES COMPILE_OPTIONS "-O2")
 
-# The compiler calls what is defined here only once it has optimised the program.
-set_source_files_properties(runtime/Unwinder.cpp PROPERTIES COMPILE_OPTIONS "-fno-lto")
+# The compiler calls what is defined here only once it has optimised the program. And the unwinder must find
+# nothing to clean up in itself.
+set_source_files_properties(runtime/HandlerTable.cpp runtime/Unwinder.cpp
+  PROPERTIES COMPILE_OPTIONS "-fno-lto;-fno-exceptions")
 
 # For programs that link statically. tarn.dll compiles the same sources in its own way.
 add_library(tarn_objects OBJECT ${sources})
