@@ -33,7 +33,7 @@
 !endif
 
 !ifndef TARNTOOL
-  !define TARNTOOL "${__FILEDIR__}/../bin/tarntool.exe"
+  !define TARNTOOL "${__FILEDIR__}\..\bin\tarntool.exe"
 !endif
 
 Var _Tarn_Program   ; the extracted program; empty when it is not there

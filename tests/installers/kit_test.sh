@@ -32,6 +32,13 @@ check 'Rust' '' quietly in_folder "$kit/samples/rust" "$(PATH=/usr/bin:$PATH com
     --target x86_64-pc-windows-gnu -L ../../lib setup.rs
 check '  is there' '' test -s "$kit/samples/rust/setup.exe"
 
+# The blocks of its README.
+block() { awk -v from='```'"$1" '$0 == from { on = 1; next } /^```/ { on = 0 } on' "$kit/README.md" > "$kit/${1#* }"; }
+block 'nsis setup.nsi'
+check "README's script for 32-bit NSIS" '' quietly in_folder "$kit" makensis -V2 -WX setup.nsi
+block 'inno setup.iss'
+check "README's script for Inno Setup" '' quietly in_folder "$kit" wine "$TARN_ISCC" /Q setup.iss
+
 # What was made of the kit installs.
 folder='C:\From the kit'
 run() { timeout 120 wine "$@" &> "$out/log"; }
@@ -44,6 +51,16 @@ check 'Inno Setup installs' '' run "$kit/samples/inno/lakeside-setup.exe" /VERYS
     /EMAIL=user@example.com "/DIR=$folder"
 report_chrc "$folder"
 check '  and goes' '' run "$folder\\unins000.exe" /VERYSILENT
+clean_slate "$folder"
+check "README's script for 32-bit NSIS installs" '' run "$kit/workbench-setup.exe" /S "/D=$folder"
+check '  its file' '' cmp -s "$kit/include/tarn.h" "$(unix "$folder\\docs\\tarn.h")"
+rm -rf "$(unix "$folder")"
+check "README's script for Inno Setup installs" '' run "$kit/workbench-inno-setup.exe" /VERYSILENT \
+    /SUPPRESSMSGBOXES "/DIR=$folder"
+check '  its file' '' cmp -s "$kit/include/tarn.h" "$(unix "$folder\\docs\\tarn.h")"
+check '  its command for the next log-on' '' \
+    equal "$(registry_value "$run_once" WorkbenchWelcome)" "\"$folder\\workbench.exe\" --first-run"
+wine reg delete "$run_once" /v WorkbenchWelcome /f &> /dev/null
 echo
 [ $wrong = 0 ] || { echo "$wrong WRONG"; exit 1; }
 echo 'Everything is right.'

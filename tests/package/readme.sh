@@ -3,7 +3,8 @@
 # run as it stands there, in the kit's folder, and no link leads out of the kit. By the word behind the
 # fence:
 #
-#   c, nsis, inno, cmake, wxs NAME   saved under that name
+#   c, nsis, inno, cmake NAME        saved under that name
+#   wix, sql FILE                    stands like this in that file of the kit
 #   cmd                              commands of Windows, run by what stands in for them here
 #   sh                               commands of another system, run as they are
 #   output                           what the last command before it wrote
@@ -42,6 +43,7 @@ command_of_windows() {
             esac
         done
         ;;
+    iscc) named_by_inno "${words[1]}" ;;
     mkdir) mkdir "${words[@]:1}" ;;
     bin/*) run 0 "${words[0]}.exe" "${words[@]:1}" && cat out ;;
     *)
@@ -50,6 +52,16 @@ command_of_windows() {
         ;;
     esac
 }
+
+# What the compiler of Inno Setup, which is a 32-bit program, would look for; ./dev installers runs it.
+named_by_inno() {
+    local file
+    while IFS= read -r file; do
+        [ -e "${file//\\//}" ] || { echo "there is no $file"; return 1; }
+    done < <(sed -n -e 's/^Source: "\([^"]*\)".*/\1/p' -e 's/^#include "\(.*\)"$/\1/p' "$1"; echo "$1")
+}
+
+stands_in() { [[ "$(cat "$2")" == *"$(cat "$1")"* ]] || { echo "not in $2"; return 1; }; }
 
 # ---- The blocks
 
@@ -65,7 +77,8 @@ while IFS=$'\t' read -r number line kind; do
     block=$(printf '%s/blocks/%03d' "$scratch" "$number")
     name=${kind#* }
     case $kind in
-    'c '* | 'nsis '* | 'inno '* | 'cmake '* | 'wxs '*) check "line $line: $name" cp "$block" "$name" ;;
+    'wix '* | 'sql '*) check "line $line: $name" stands_in "$block" "$name" ;;
+    'c '* | 'nsis '* | 'inno '* | 'cmake '*) check "line $line: $name" cp "$block" "$name" ;;
     cmd | sh)
         while IFS= read -r command; do
             if [ "$kind" = cmd ]; then
