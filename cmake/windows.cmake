@@ -3,6 +3,10 @@ target_compile_options(tarn_options INTERFACE -fno-ident)
 set(system_libraries advapi32 user32 kernel32)
 set(sources
   ${portable_framework_sources} ${portable_sources} ${framework_sources} ${library_sources})
+# What only a DLL has: its start-up, exception memory and unwinder, its module state.
+set(dll_sources
+  runtime/DllStart.cpp runtime/ExceptionRuntime.cpp runtime/HandlerTable.cpp runtime/Unwinder.cpp
+  framework/DllModule.cpp)
 
 # Where every byte and every nanosecond of VerifyEmail is spent; the rest is compiled for size. See
 # internals/performance.md.
@@ -38,9 +42,7 @@ set(dll_resource ${PROJECT_BINARY_DIR}/tarn.res.o)
 tarn_compile_resource(frame/tarn.rc ${dll_resource})
 
 add_library(tarn SHARED
-  framework/modules/DllModule.cpp runtime/ExceptionRuntime.cpp
-  runtime/HandlerTable.cpp runtime/Unwinder.cpp
-  ${sources} frame/tarn.def ${dll_resource})
+  ${dll_sources} ${sources} frame/tarn.def ${dll_resource})
 add_library(tarn::tarn ALIAS tarn)
 set_target_properties(tarn PROPERTIES PREFIX "" IMPORT_PREFIX "lib")
 # msvcrt is named here, too: the linker of binutils 2.40 crashes when it first meets abort behind libgcc.
@@ -61,7 +63,7 @@ target_link_options(tarn PRIVATE
   -Wl,--gc-sections,--no-insert-timestamp,--dynamicbase,--high-entropy-va,--nxcompat
   # The default is a hash of the path that the linker is given.
   -Wl,--disable-auto-image-base
-  # framework/modules/DllModule.cpp is the start-up code, and does not repair data imports.
+  # runtime/DllStart.cpp is the start-up code, and does not repair data imports.
   -nostartfiles -Wl,--disable-auto-import,--disable-runtime-pseudo-reloc
   -Wl,-Map=${PROJECT_BINARY_DIR}/tarn.map)
 target_include_directories(tarn INTERFACE ${PROJECT_SOURCE_DIR}/include)
@@ -75,12 +77,12 @@ add_custom_command(TARGET tarn POST_BUILD
   VERBATIM)
 
 # An archive member is linked for the symbols it defines, and a compiled resource defines none: it
-# gets one, which framework/modules/StaticModule.cpp refers to.
+# gets one, which framework/StaticModule.cpp refers to.
 set(core_resource ${PROJECT_BINARY_DIR}/core.res.o)
 tarn_compile_resource(frame/core.rc ${core_resource}
   COMMAND ${CMAKE_OBJCOPY} --add-symbol tarn_core_resources=.rsrc:0,global ${core_resource})
 
 add_library(tarn_core STATIC
-  framework/modules/StaticModule.cpp ${core_resource} $<TARGET_OBJECTS:tarn_objects>)
+  framework/StaticModule.cpp ${core_resource} $<TARGET_OBJECTS:tarn_objects>)
 add_library(tarn::core ALIAS tarn_core)
 target_link_libraries(tarn_core PRIVATE tarn_options PUBLIC ${system_libraries})

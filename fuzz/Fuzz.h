@@ -56,7 +56,7 @@ inline bool g_bJapanese = false;
 inline void ChooseCodePage(unsigned nByte)
 {
     g_bJapanese = nByte % 2 != 0;
-    AfxSetNativeCodePage(g_bJapanese ? 932 : 1252);
+    SetNativeCodePage(g_bJapanese ? 932 : 1252);
 }
 
 // A lead byte with nothing, or with a zero, behind it is a character of its own.

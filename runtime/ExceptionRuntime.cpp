@@ -5,8 +5,8 @@
 // out. Ours throw without allocating: the exceptions here are pointers, a few at a time.
 #include "runtime/ExceptionRuntime.h"
 
-#include "framework/modules/ThreadState.h"
 #include "runtime/Heap.h"
+#include "runtime/ThreadBlock.h"
 
 #include <cxxabi.h>
 #include <windows.h>
@@ -44,12 +44,12 @@ ExceptionStorage* FindFreeStorage() noexcept
     return nullptr;
 }
 
-// For a thread that throws before it has a thread state: when there is no memory for one. An entry
+// For a thread that throws before it has a block: when there is no memory for one. An entry
 // belongs to its thread until that ends.
 struct ThreadEntry
 {
     LONG volatile nThreadID = 0; // 0: free
-    AfxThreadExceptions exceptions;
+    ThreadBlock::Exceptions exceptions;
 };
 constexpr int kThreads = 64;
 ThreadEntry g_threads[kThreads];
@@ -64,11 +64,11 @@ ThreadEntry* FindThread(LONG nThreadID) noexcept
     return nullptr;
 }
 
-AfxThreadExceptions* GetThreadExceptions() noexcept
+ThreadBlock::Exceptions* GetThreadExceptions() noexcept
 {
-    _AFX_THREAD_STATE* const pState = AfxFindThreadState();
-    if (pState != nullptr)
-        return &pState->m_exceptions;
+    ThreadBlock* const pBlock = FindThreadBlock();
+    if (pBlock != nullptr)
+        return &pBlock->exceptions;
     const auto nThreadID = static_cast<LONG>(::GetCurrentThreadId());
     ThreadEntry* const pFound = FindThread(nThreadID);
     if (pFound != nullptr)
@@ -82,7 +82,7 @@ AfxThreadExceptions* GetThreadExceptions() noexcept
 }
 } // namespace
 
-void AfxTermThreadExceptions() noexcept
+void FreeThreadExceptions() noexcept
 {
     ThreadEntry* const pEntry = FindThread(static_cast<LONG>(::GetCurrentThreadId()));
     if (pEntry != nullptr)
@@ -135,7 +135,7 @@ extern "C" void* __cxa_allocate_exception(std::size_t cbObject) noexcept
     ExceptionStorage* const pStorage = cbObject <= kObjectSize ? FindFreeStorage() : nullptr;
     auto* pBytes = reinterpret_cast<unsigned char*>(pStorage);
     if (pBytes == nullptr)
-        pBytes = static_cast<unsigned char*>(AfxAllocMemory(kHeaderSize + cbObject));
+        pBytes = static_cast<unsigned char*>(AllocMemory(kHeaderSize + cbObject));
     if (pBytes == nullptr)
         std::abort();
     std::memset(pBytes, 0, kHeaderSize + cbObject);
@@ -153,7 +153,7 @@ extern "C" void __cxa_free_exception(void* pObject) noexcept
             return;
         }
     }
-    AfxFreeMemory(static_cast<unsigned char*>(pObject) - kHeaderSize);
+    FreeMemory(static_cast<unsigned char*>(pObject) - kHeaderSize);
 }
 
 extern "C" __cxa_eh_globals* __cxa_get_globals() noexcept

@@ -2,7 +2,7 @@
 #pragma once
 
 // Frees what exception handling keeps for the calling thread, which ends.
-void AfxTermThreadExceptions() noexcept;
+void FreeThreadExceptions() noexcept;
 
 // The calling thread's exception with that object was caught nowhere in the library and leaves it; the
 // throw stands at pStack.

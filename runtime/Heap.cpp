@@ -1,10 +1,6 @@
 #include "runtime/Heap.h"
 
-#include "framework/exceptions/CMemoryException.h"
-
 #include <windows.h>
-
-#include <new>
 
 namespace
 {
@@ -26,54 +22,21 @@ HANDLE GetHeap() noexcept
 }
 } // namespace
 
-void* AfxAllocMemory(std::size_t cb) noexcept
+void* AllocMemory(std::size_t cb) noexcept
 {
     HANDLE const hHeap = GetHeap();
     return hHeap != nullptr ? ::HeapAlloc(hHeap, 0, cb) : nullptr;
 }
 
-void AfxFreeMemory(void* p) noexcept
+void FreeMemory(void* p) noexcept
 {
     if (p != nullptr)
         ::HeapFree(g_hHeap, 0, p);
 }
 
-void AfxDestroyHeap() noexcept
+void DestroyHeap() noexcept
 {
     HANDLE const hHeap = ::InterlockedExchangePointer(&g_hHeap, nullptr);
     if (hHeap != nullptr)
         ::HeapDestroy(hHeap);
-}
-
-void* operator new(std::size_t cb)
-{
-    void* const p = AfxAllocMemory(cb);
-    if (p == nullptr)
-        AfxThrowMemoryException();
-    return p;
-}
-
-void* operator new[](std::size_t cb)
-{
-    return ::operator new(cb);
-}
-
-void operator delete(void* p) noexcept
-{
-    AfxFreeMemory(p);
-}
-
-void operator delete[](void* p) noexcept
-{
-    AfxFreeMemory(p);
-}
-
-void operator delete(void* p, std::size_t /*cb*/) noexcept
-{
-    AfxFreeMemory(p);
-}
-
-void operator delete[](void* p, std::size_t /*cb*/) noexcept
-{
-    AfxFreeMemory(p);
 }

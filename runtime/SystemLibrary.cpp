@@ -1,6 +1,6 @@
 #include "runtime/SystemLibrary.h"
 
-HMODULE AfxLoadSystemLibrary(LPCSTR pszFileName) noexcept
+HMODULE LoadSystemLibrary(LPCSTR pszFileName) noexcept
 {
     // By full path: a bare name is looked for beside the installer first, where anybody may have put
     // a file of that name.

@@ -6,4 +6,4 @@
 // Loads a DLL, named by its bare file name, from the system folder and from nowhere else. Null when it
 // is not there. It stays loaded for the rest of the process: the shell's extensions may still be at work
 // in it when its caller has done.
-HMODULE AfxLoadSystemLibrary(LPCSTR pszFileName) noexcept;
+HMODULE LoadSystemLibrary(LPCSTR pszFileName) noexcept;

@@ -56,7 +56,7 @@ struct OpenDialogs
 OpenDialogs LoadDialogs()
 {
     OpenDialogs dialogs = {};
-    HMODULE const hDialogs = AfxLoadSystemLibrary("comdlg32.dll");
+    HMODULE const hDialogs = LoadSystemLibrary("comdlg32.dll");
     if (hDialogs != nullptr)
     {
         dialogs.pfnOpen = reinterpret_cast<decltype(dialogs.pfnOpen)>(

@@ -71,7 +71,7 @@ SWAPPED_NAMES = {
     "TrimRight": "TrimLeft", "left": "right", "right": "left", "top": "bottom", "bottom": "top"}
 # What the rules below do not see: directives, declarations, files in other languages.
 SPECIAL = (
-    ("frame/ExportGuard.h", "AfxGetStaticModuleState()", "AfxGetDefaultModuleState()"),
+    ("frame/ExportGuard.h", "AfxGetStaticModuleState()", "GetDefaultModuleState()"),
     ("frame/TarnApp.cpp", "static CTarnApp g_theApp;", ""),
     ("frame/tarn.def", "    CloseWaitDlg\n", ""),
     ("frame/tarn.def", "    DoFileOpenDialog\n", ""),

@@ -1,9 +1,5 @@
 #include "framework/exceptions/CException.h"
 
-#ifdef _WIN32
-#include "framework/windows/AfxMessageBox.h"
-#endif
-
 #include <cstring>
 
 void CException::Delete()
@@ -31,15 +27,3 @@ BOOL CException::CopyMessage(LPSTR lpszError, UINT nMaxError, LPCSTR pszText)
     lpszError[cb] = '\0';
     return TRUE;
 }
-
-#ifdef _WIN32
-int CException::ReportError(UINT nType, UINT /*nMessageID*/)
-{
-    // On the stack: the failure at hand may be a lack of memory. Room for the longest path that the
-    // system opens by its ANSI name, and the text around it.
-    char szMessage[512];
-    if (!GetErrorMessage(szMessage, sizeof(szMessage)))
-        return AfxMessageBox("An error occurred.", nType);
-    return AfxMessageBox(szMessage, nType);
-}
-#endif

@@ -26,7 +26,8 @@ public:
 
 #ifdef _WIN32
     // Shows the error message in a message box of the given type and returns the button chosen. An
-    // exception without a message of its own shows a general one; pumps messages.
+    // exception without a message of its own shows a general one; pumps messages. It stands with the
+    // message box, in framework/windows.
     virtual int ReportError(UINT nType = MB_OK, UINT nMessageID = 0);
 #endif
 

@@ -27,5 +27,13 @@ private:
     char m_szModuleName[MAX_PATH] = {}; // what m_pszAppName points to without a given name
 };
 
+// Of the current module state; null without an application object.
+CWinApp* AfxGetApp();
+LPCSTR AfxGetAppName();
+
+// The calling thread's object: of a thread that AfxBeginThread started, else the application, which
+// stands for the thread that it runs on. Null without either.
+CWinThread* AfxGetThread();
+
 // Tells the framework, in a program, what the system gave to WinMain. Returns TRUE.
 BOOL AfxWinInit(HINSTANCE hInstance, HINSTANCE hPrevInstance, LPSTR lpCmdLine, int nCmdShow);

@@ -1,13 +1,9 @@
 #include "framework/modules/CWinThread.h"
 
-#include "framework/exceptions/CException.h"
-#include "framework/modules/CWinApp.h"
-#include "framework/modules/ModuleState.h"
-
 #include <memory>
 
 CWinThread::CWinThread(AFX_THREADPROC pfnThreadProc, LPVOID pParam)
-    : m_pfnThreadProc(pfnThreadProc), m_pThreadParams(pParam), m_pThreadState(new _AFX_THREAD_STATE)
+    : m_pfnThreadProc(pfnThreadProc), m_pThreadParams(pParam), m_pThreadState(new ThreadState)
 {
     m_pThreadState->m_pCurrentWinThread = this;
 }
@@ -45,7 +41,7 @@ BOOL CWinThread::CreateThread(UINT nStackSize, LPSECURITY_ATTRIBUTES lpSecurityA
 DWORD WINAPI CWinThread::Entry(LPVOID pThread)
 {
     auto* const pThis = static_cast<CWinThread*>(pThread);
-    const bool bStateSet = AfxSetThreadState(pThis->m_pThreadState) != FALSE;
+    const bool bStateSet = SetThreadBlock(pThis->m_pThreadState);
     DWORD nExitCode = 0;
     if (bStateSet)
         nExitCode = pThis->m_pfnThreadProc(pThis->m_pThreadParams);
@@ -55,7 +51,7 @@ DWORD WINAPI CWinThread::Entry(LPVOID pThread)
     if (bStateSet)
     {
         pThis->m_pThreadState = nullptr;
-        AfxTermThread();
+        FreeThreadState();
     }
     // From here on the owner may delete an object that does not delete itself, but only once the
     // thread has ended. A procedure that never ran had no chance to say that the object has an owner.
@@ -68,7 +64,7 @@ CWinThread* AfxBeginThread(AFX_THREADPROC pfnThreadProc, LPVOID pParam, int nPri
                            UINT nStackSize, DWORD dwCreateFlags,
                            LPSECURITY_ATTRIBUTES lpSecurityAttrs)
 {
-    AFX_MODULE_STATE* const pModuleState = AfxGetThreadState()->m_pModuleState;
+    AFX_MODULE_STATE* const pModuleState = GetThreadState()->m_pModuleState;
     std::unique_ptr<CWinThread> pThread(new CWinThread(pfnThreadProc, pParam));
     pThread->m_pThreadState->m_pModuleState = pModuleState;
     if (!pThread->CreateThread(nStackSize, lpSecurityAttrs))
@@ -80,12 +76,4 @@ CWinThread* AfxBeginThread(AFX_THREADPROC pfnThreadProc, LPVOID pParam, int nPri
     if ((dwCreateFlags & CREATE_SUSPENDED) == 0)
         ::ResumeThread(pStarted->m_hThread);
     return pStarted;
-}
-
-CWinThread* AfxGetThread()
-{
-    const _AFX_THREAD_STATE* const pState = AfxFindThreadState();
-    if (pState != nullptr && pState->m_pCurrentWinThread != nullptr)
-        return pState->m_pCurrentWinThread;
-    return AfxGetApp();
 }

@@ -1,14 +1,12 @@
 // CWinThread: a thread of the framework.
 #pragma once
 
+#include "framework/modules/CCmdTarget.h"
 #include "framework/modules/ThreadState.h"
-#include "framework/windows/CCmdTarget.h"
 
 #include <windows.h>
 
 using AFX_THREADPROC = UINT (*)(LPVOID);
-
-class AFX_MODULE_STATE;
 
 class CWinThread : public CCmdTarget
 {
@@ -37,7 +35,7 @@ private:
     LPVOID m_pThreadParams = nullptr;
     // Made by the thread's creator, so that a lack of memory is the creator's to hear of; the thread
     // takes it over, and gives it back when it ends. Not null after the end: the thread was killed.
-    _AFX_THREAD_STATE* m_pThreadState = nullptr;
+    ThreadState* m_pThreadState = nullptr;
     // Keeps the module loaded while the thread runs its code; as above.
     HMODULE m_hModule = nullptr;
 };
@@ -49,7 +47,3 @@ CWinThread* AfxBeginThread(AFX_THREADPROC pfnThreadProc, LPVOID pParam,
                            int nPriority = THREAD_PRIORITY_NORMAL, UINT nStackSize = 0,
                            DWORD dwCreateFlags = 0,
                            LPSECURITY_ATTRIBUTES lpSecurityAttrs = nullptr);
-
-// The calling thread's object: of a thread that AfxBeginThread started, else the application, which
-// stands for the thread that it runs on. Null without either.
-CWinThread* AfxGetThread();

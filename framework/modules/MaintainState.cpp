@@ -10,7 +10,7 @@ AFX_MAINTAIN_STATE2::~AFX_MAINTAIN_STATE2()
 
 void TrackedState::DestroyBelow(const void* pEnd) noexcept
 {
-    const _AFX_THREAD_STATE* const pState = AfxFindThreadState();
+    const ThreadState* const pState = FindThreadState();
     if (pState == nullptr)
         return;
     // What is none any more was left behind by a host that set its stack back by hand.

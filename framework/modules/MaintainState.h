@@ -11,7 +11,7 @@ class AFX_MAINTAIN_STATE2
 {
 public:
     // In line: a call of its own is a tenth of what the guard costs.
-    explicit AFX_MAINTAIN_STATE2(AFX_MODULE_STATE* pNewState) : m_pThreadState(AfxGetThreadState())
+    explicit AFX_MAINTAIN_STATE2(AFX_MODULE_STATE* pNewState) : m_pThreadState(GetThreadState())
     {
         // NOLINTBEGIN(cppcoreguidelines-prefer-member-initializer): in this order
         m_pPrevModuleState = m_pThreadState->m_pModuleState;
@@ -26,7 +26,7 @@ public:
 
 protected:
     AFX_MODULE_STATE* m_pPrevModuleState = nullptr;
-    _AFX_THREAD_STATE* m_pThreadState;
+    ThreadState* m_pThreadState;
     ULONG_PTR m_ulActCtxCookie = 0;
     BOOL m_bValidActCtxCookie = FALSE;
 };

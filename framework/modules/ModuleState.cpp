@@ -1,15 +1,13 @@
 #include "framework/modules/ModuleState.h"
 
-#include "framework/modules/CWinApp.h"
 #include "framework/modules/ThreadState.h"
-#include "framework/windows/CWnd.h"
 
 // The module that this code is linked into, whoever loaded it.
 extern "C" IMAGE_DOS_HEADER __ImageBase;
 
 AFX_MODULE_STATE::AFX_MODULE_STATE(BOOL bDLL, WNDPROC pfnAfxWndProc) noexcept
     : m_hCurrentInstanceHandle(reinterpret_cast<HINSTANCE>(&__ImageBase)),
-      m_hCurrentResourceHandle(m_hCurrentInstanceHandle), m_pfnAfxWndProc(pfnAfxWndProc),
+      m_hCurrentResourceHandle(m_hCurrentInstanceHandle), m_pfnWndProc(pfnAfxWndProc),
       m_bDLL(bDLL ? TRUE : FALSE)
 {
 }
@@ -41,63 +39,27 @@ HANDLE AFX_MODULE_STATE::MakeActivationContext() noexcept
     return hOther;
 }
 
-void AFX_MODULE_STATE::AddWindow(CWnd* pWnd) noexcept
+AFX_MODULE_STATE* GetCurrentModuleState() noexcept
 {
-    ::AcquireSRWLockExclusive(&m_lock);
-    pWnd->m_pNextWnd = m_pFirstWnd;
-    m_pFirstWnd = pWnd;
-    ::ReleaseSRWLockExclusive(&m_lock);
-}
-
-void AFX_MODULE_STATE::RemoveWindow(CWnd* pWnd) noexcept
-{
-    ::AcquireSRWLockExclusive(&m_lock);
-    CWnd** ppWnd = &m_pFirstWnd;
-    while (*ppWnd != nullptr && *ppWnd != pWnd)
-        ppWnd = &(*ppWnd)->m_pNextWnd;
-    if (*ppWnd != nullptr)
-        *ppWnd = pWnd->m_pNextWnd;
-    ::ReleaseSRWLockExclusive(&m_lock);
-}
-
-void AFX_MODULE_STATE::OrphanWindows() noexcept
-{
-    while (m_pFirstWnd != nullptr)
-        m_pFirstWnd->Orphan();
-}
-
-AFX_MODULE_STATE* AfxGetModuleState() noexcept
-{
-    const _AFX_THREAD_STATE* const pThreadState = AfxFindThreadState();
+    const ThreadState* const pThreadState = FindThreadState();
     return pThreadState != nullptr && pThreadState->m_pModuleState != nullptr
                ? pThreadState->m_pModuleState
-               : AfxGetDefaultModuleState();
+               : GetDefaultModuleState();
 }
 
-AFX_MODULE_STATE* AfxSetModuleState(AFX_MODULE_STATE* pNewState)
+AFX_MODULE_STATE* SetCurrentModuleState(AFX_MODULE_STATE* pNewState)
 {
-    AFX_MODULE_STATE* const pOldState = AfxGetModuleState();
-    AfxGetThreadState()->m_pModuleState = pNewState;
+    AFX_MODULE_STATE* const pOldState = GetCurrentModuleState();
+    GetThreadState()->m_pModuleState = pNewState;
     return pOldState;
-}
-
-CWinApp* AfxGetApp()
-{
-    return AfxGetModuleState()->m_pCurrentWinApp;
-}
-
-LPCSTR AfxGetAppName()
-{
-    const CWinApp* const pApp = AfxGetApp();
-    return pApp != nullptr ? pApp->m_pszAppName : nullptr;
 }
 
 HINSTANCE AfxGetInstanceHandle()
 {
-    return AfxGetModuleState()->m_hCurrentInstanceHandle;
+    return GetCurrentModuleState()->m_hCurrentInstanceHandle;
 }
 
 HINSTANCE AfxGetResourceHandle()
 {
-    return AfxGetModuleState()->m_hCurrentResourceHandle;
+    return GetCurrentModuleState()->m_hCurrentResourceHandle;
 }

@@ -4,7 +4,6 @@
 #include <windows.h>
 
 class CWinApp;
-class CWnd;
 
 class AFX_MODULE_STATE
 {
@@ -24,40 +23,30 @@ public:
         return hActCtx != INVALID_HANDLE_VALUE ? hActCtx : MakeActivationContext();
     }
 
-    // The module's live windows, for the day it is unloaded before they are gone.
-    void AddWindow(CWnd* pWnd) noexcept;
-    void RemoveWindow(CWnd* pWnd) noexcept;
-    // Takes every window away from its object and leaves it to the system's own procedure.
-    void OrphanWindows() noexcept;
-
     CWinApp* m_pCurrentWinApp = nullptr; // borrowed; objects of static life
     HINSTANCE m_hCurrentInstanceHandle;
     HINSTANCE m_hCurrentResourceHandle;
-    WNDPROC m_pfnAfxWndProc;
+    WNDPROC m_pfnWndProc;
     BYTE m_bDLL;
 
 private:
     __attribute__((noinline)) HANDLE MakeActivationContext() noexcept;
 
     HANDLE volatile m_hActCtx = INVALID_HANDLE_VALUE; // owned
-    SRWLOCK m_lock = SRWLOCK_INIT;                    // guards the list of windows
-    CWnd* m_pFirstWnd = nullptr;
 };
 
 // The state of the module that this call is compiled into.
 AFX_MODULE_STATE* AfxGetStaticModuleState() noexcept;
 
 // The state that is current when a thread has set none.
-AFX_MODULE_STATE* AfxGetDefaultModuleState() noexcept;
+AFX_MODULE_STATE* GetDefaultModuleState() noexcept;
 
 // The state that is current on the calling thread.
-AFX_MODULE_STATE* AfxGetModuleState() noexcept;
+AFX_MODULE_STATE* GetCurrentModuleState() noexcept;
 
 // Makes a state current on the calling thread (null: the default one) and returns the one before.
-AFX_MODULE_STATE* AfxSetModuleState(AFX_MODULE_STATE* pNewState);
+AFX_MODULE_STATE* SetCurrentModuleState(AFX_MODULE_STATE* pNewState);
 
 // Of the current module state.
-CWinApp* AfxGetApp();
-LPCSTR AfxGetAppName();
 HINSTANCE AfxGetInstanceHandle();
 HINSTANCE AfxGetResourceHandle();

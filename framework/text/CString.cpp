@@ -24,7 +24,7 @@ int TextLength(LPCSTR psz)
 {
     if (psz == nullptr)
         return 0;
-    const std::size_t cb = AfxTextLength(psz);
+    const std::size_t cb = LengthOfText(psz);
     if (cb >= INT_MAX)
         AfxThrowMemoryException();
     return static_cast<int>(cb);
@@ -41,7 +41,7 @@ bool EndsWhole(const char* p, const char* pEnd, int cbSub)
 {
     const char* const pMatchEnd = p + cbSub;
     while (p < pMatchEnd)
-        p += AfxCharLength(p, pEnd);
+        p += CharLength(p, pEnd);
     return p == pMatchEnd;
 }
 
@@ -55,7 +55,7 @@ const char* FindText(const char* p, const char* pEnd, const char* pszSub, int cb
             std::memcmp(p, pszSub, static_cast<std::size_t>(cbSub)) == 0 &&
             EndsWhole(p, pEnd, cbSub))
             return p;
-        p += AfxCharLength(p, pEnd);
+        p += CharLength(p, pEnd);
     }
     return nullptr;
 }
@@ -207,7 +207,7 @@ void CString::SetString(const char* pch, int nLength)
     }
     if (CanWrite(nLength))
     {
-        AfxMoveText(m_pszData, pch, static_cast<std::size_t>(nLength));
+        MoveText(m_pszData, pch, static_cast<std::size_t>(nLength));
         SetLength(nLength);
         return;
     }
@@ -315,9 +315,9 @@ int CString::Find(char ch, int iStart) const noexcept
     if (iStart < 0 || iStart > GetLength())
         return -1;
     const char* const pEnd = m_pszData + GetLength();
-    for (const char* p = m_pszData + iStart; p < pEnd; p += AfxCharLength(p, pEnd))
+    for (const char* p = m_pszData + iStart; p < pEnd; p += CharLength(p, pEnd))
     {
-        if (*p == ch && AfxCharLength(p, pEnd) == 1)
+        if (*p == ch && CharLength(p, pEnd) == 1)
             return static_cast<int>(p - m_pszData);
     }
     return -1;

@@ -85,7 +85,7 @@ public:
     // Copies nChars bytes (0 or more) to a buffer that is not this string's.
     static void CopyChars(LPSTR pchDest, LPCSTR pchSrc, int nChars) noexcept
     {
-        AfxMoveText(pchDest, pchSrc, static_cast<std::size_t>(nChars));
+        MoveText(pchDest, pchSrc, static_cast<std::size_t>(nChars));
     }
 
     // Removes white space: space, tab, line feed, vertical tab, form feed, carriage return.

@@ -8,12 +8,12 @@ constexpr unsigned int kJapanese = 932;
 std::atomic<unsigned int> g_nCodePage{1252};
 } // namespace
 
-bool AfxIsLeadByte(unsigned char ch) noexcept
+bool IsLeadByte(unsigned char ch) noexcept
 {
     return g_nCodePage == kJapanese && ((ch >= 0x81 && ch <= 0x9F) || (ch >= 0xE0 && ch <= 0xFC));
 }
 
-void AfxSetNativeCodePage(unsigned int nCodePage) noexcept
+void SetNativeCodePage(unsigned int nCodePage) noexcept
 {
     g_nCodePage = nCodePage;
 }

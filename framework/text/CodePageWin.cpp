@@ -2,7 +2,7 @@
 
 #include <windows.h>
 
-bool AfxIsLeadByte(unsigned char ch) noexcept
+bool IsLeadByte(unsigned char ch) noexcept
 {
     return ::IsDBCSLeadByte(ch) != FALSE;
 }

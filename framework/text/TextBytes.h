@@ -11,7 +11,7 @@
 
 // As strlen. Reads whole aligned blocks of 16 bytes, which never reach into a page that the text does
 // not touch.
-inline std::size_t AfxTextLength(const char* psz) noexcept
+inline std::size_t LengthOfText(const char* psz) noexcept
 {
     const auto zeros = [](const __m128i* p) {
         return static_cast<unsigned int>(
@@ -30,7 +30,7 @@ inline std::size_t AfxTextLength(const char* psz) noexcept
 }
 
 // As memmove, without a call from 16 bytes on, unless more than 32 go to a place inside the source.
-inline void AfxMoveText(char* pDest, const char* pSrc, std::size_t cb) noexcept
+inline void MoveText(char* pDest, const char* pSrc, std::size_t cb) noexcept
 {
     const auto load = [](const char* p) {
         return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
@@ -60,12 +60,12 @@ inline void AfxMoveText(char* pDest, const char* pSrc, std::size_t cb) noexcept
 
 #else
 
-inline std::size_t AfxTextLength(const char* psz) noexcept
+inline std::size_t LengthOfText(const char* psz) noexcept
 {
     return std::strlen(psz);
 }
 
-inline void AfxMoveText(char* pDest, const char* pSrc, std::size_t cb) noexcept
+inline void MoveText(char* pDest, const char* pSrc, std::size_t cb) noexcept
 {
     std::memmove(pDest, pSrc, cb);
 }

@@ -41,7 +41,7 @@ INT_PTR CDialog::DoModal()
 {
     const ProcessActCtx context;
     return ::DialogBoxParamA(AfxGetResourceHandle(), m_lpszTemplateName,
-                             AfxGetSafeOwner(m_pParentWnd), &CDialog::DialogProc,
+                             GetModalOwner(m_pParentWnd), &CDialog::DialogProc,
                              reinterpret_cast<LPARAM>(this));
 }
 
@@ -81,11 +81,11 @@ INT_PTR CALLBACK CDialog::DialogProc(HWND hWnd, UINT message, WPARAM /*wParam*/,
     if (message != WM_INITDIALOG)
         return FALSE;
     auto* const pDialog = reinterpret_cast<CDialog*>(lParam);
-    pDialog->Attach(hWnd);
+    pDialog->Bind(hWnd);
     // The system calls this, and must not be unwound.
     try
     {
-        AFX_MANAGE_STATE(AfxGetModuleState());
+        AFX_MANAGE_STATE(GetCurrentModuleState());
         return pDialog->OnInitDialog();
     }
     catch (CException* pException)

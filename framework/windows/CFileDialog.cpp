@@ -20,8 +20,8 @@ CFileDialog::CFileDialog(BOOL /*bOpenFileDialog*/, LPCSTR lpszDefExt, LPCSTR lps
         // As many whole characters as fit.
         const char* const pEnd = lpszFileName + std::strlen(lpszFileName);
         const char* p = lpszFileName;
-        while (p < pEnd && p + AfxCharLength(p, pEnd) - lpszFileName < MAX_PATH)
-            p += AfxCharLength(p, pEnd);
+        while (p < pEnd && p + CharLength(p, pEnd) - lpszFileName < MAX_PATH)
+            p += CharLength(p, pEnd);
         std::memcpy(m_szFileName, lpszFileName, static_cast<std::size_t>(p - lpszFileName));
     }
     if (lpszFilter != nullptr && *lpszFilter != '\0')
@@ -36,9 +36,9 @@ CFileDialog::CFileDialog(BOOL /*bOpenFileDialog*/, LPCSTR lpszDefExt, LPCSTR lps
 
 INT_PTR CFileDialog::DoModal()
 {
-    m_ofn.hwndOwner = AfxGetSafeOwner(m_pParentWnd);
+    m_ofn.hwndOwner = GetModalOwner(m_pParentWnd);
     // Not linked: it would bring the shell into every process that loads this library.
-    HMODULE const hDialogs = AfxLoadSystemLibrary("comdlg32.dll");
+    HMODULE const hDialogs = LoadSystemLibrary("comdlg32.dll");
     if (hDialogs == nullptr)
         return IDCANCEL;
     using OpenFunction = BOOL(APIENTRY*)(LPOPENFILENAMEA);

@@ -15,6 +15,13 @@ const CWnd& CWnd::wndTopMost = reinterpret_cast<const CWnd&>(kTopMost);
 BEGIN_MESSAGE_MAP(CWnd, CCmdTarget)
 END_MESSAGE_MAP()
 
+namespace
+{
+// The module's live windows, for the day it is unloaded before they are gone.
+SRWLOCK g_windowsLock = SRWLOCK_INIT;
+CWnd* g_pFirstWnd = nullptr;
+} // namespace
+
 CWnd::~CWnd()
 {
     if (m_pModuleState == nullptr)
@@ -27,7 +34,7 @@ CWnd::~CWnd()
     }
 }
 
-CWnd* CWnd::FromHandlePermanent(HWND hWnd)
+CWnd* CWnd::BoundTo(HWND hWnd)
 {
     return reinterpret_cast<CWnd*>(::GetWindowLongPtrA(hWnd, GWLP_USERDATA));
 }
@@ -47,19 +54,28 @@ BOOL CWnd::SetWindowPos(const CWnd* pWndInsertAfter, int x, int y, int cx, int c
     return ::SetWindowPos(m_hWnd, hWndAfter, x, y, cx, cy, nFlags);
 }
 
-void CWnd::Attach(HWND hWnd)
+void CWnd::Bind(HWND hWnd)
 {
     m_hWnd = hWnd;
-    m_pModuleState = AfxGetModuleState();
-    m_pModuleState->AddWindow(this);
+    m_pModuleState = GetCurrentModuleState();
+    ::AcquireSRWLockExclusive(&g_windowsLock);
+    m_pNextWnd = g_pFirstWnd;
+    g_pFirstWnd = this;
+    ::ReleaseSRWLockExclusive(&g_windowsLock);
     ::SetWindowLongPtrA(hWnd, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
     m_pfnSuper = reinterpret_cast<WNDPROC>(::SetWindowLongPtrA(
-        hWnd, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(m_pModuleState->m_pfnAfxWndProc)));
+        hWnd, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(m_pModuleState->m_pfnWndProc)));
 }
 
-void CWnd::Detach() noexcept
+void CWnd::Unbind() noexcept
 {
-    m_pModuleState->RemoveWindow(this);
+    ::AcquireSRWLockExclusive(&g_windowsLock);
+    CWnd** ppWnd = &g_pFirstWnd;
+    while (*ppWnd != nullptr && *ppWnd != this)
+        ppWnd = &(*ppWnd)->m_pNextWnd;
+    if (*ppWnd != nullptr)
+        *ppWnd = m_pNextWnd;
+    ::ReleaseSRWLockExclusive(&g_windowsLock);
     m_pModuleState = nullptr;
     m_hWnd = nullptr;
 }
@@ -70,7 +86,13 @@ void CWnd::Orphan() noexcept
     ::SetWindowLongPtrA(m_hWnd, GWLP_USERDATA, 0);
     // A dialog's window knows one more procedure of this module.
     ::SetWindowLongPtrA(m_hWnd, DWLP_DLGPROC, 0);
-    Detach();
+    Unbind();
+}
+
+void CWnd::OrphanAll() noexcept
+{
+    while (g_pFirstWnd != nullptr)
+        g_pFirstWnd->Orphan();
 }
 
 LRESULT CWnd::WindowProc(UINT message, WPARAM wParam, LPARAM lParam)
@@ -120,7 +142,7 @@ void CWnd::PostNcDestroy()
 
 LRESULT CALLBACK AfxWndProc(HWND hWnd, UINT message, WPARAM wParam, LPARAM lParam)
 {
-    CWnd* const pWnd = CWnd::FromHandlePermanent(hWnd);
+    CWnd* const pWnd = CWnd::BoundTo(hWnd);
     if (pWnd == nullptr)
         return ::DefWindowProcA(hWnd, message, wParam, lParam);
     LRESULT lResult = 0;
@@ -140,20 +162,20 @@ LRESULT CALLBACK AfxWndProc(HWND hWnd, UINT message, WPARAM wParam, LPARAM lPara
     // for it again, and never free it.
     if (message == WM_NCDESTROY)
     {
-        pWnd->Detach();
+        pWnd->Unbind();
         pWnd->PostNcDestroy();
     }
     return lResult;
 }
 
-LRESULT CALLBACK AfxWndProcDllStatic(HWND hWnd, UINT message, WPARAM wParam, LPARAM lParam)
+LRESULT CALLBACK LibraryWndProc(HWND hWnd, UINT message, WPARAM wParam, LPARAM lParam)
 {
     // Throws nothing: a thread that has a window of the library has its thread state.
     AFX_MANAGE_STATE(AfxGetStaticModuleState());
     return AfxWndProc(hWnd, message, wParam, lParam);
 }
 
-HWND AfxGetSafeOwner(const CWnd* pParentWnd)
+HWND GetModalOwner(const CWnd* pParentWnd)
 {
     HWND const hWnd = pParentWnd != nullptr ? pParentWnd->GetSafeHwnd() : nullptr;
     return hWnd != nullptr ? hWnd : ::GetActiveWindow();

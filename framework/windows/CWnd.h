@@ -1,12 +1,12 @@
 // CWnd: a window of the framework.
 //
 // Binding: an object is attached to its window from the window's creation until WM_NCDESTROY. While
-// it is attached, the window's procedure is the module's (AFX_MODULE_STATE::m_pfnAfxWndProc) and
+// it is attached, the window's procedure is the module's (AFX_MODULE_STATE::m_pfnWndProc) and
 // GWLP_USERDATA holds the object. One thread, the window's, uses both; only Orphan may come from
 // another.
 #pragma once
 
-#include "framework/windows/CCmdTarget.h"
+#include "framework/modules/CCmdTarget.h"
 
 #include <windows.h>
 
@@ -19,7 +19,7 @@ public:
     // Destroys the window; on another thread than the window's, hides it and leaves it behind.
     ~CWnd() override;
 
-    static CWnd* FromHandlePermanent(HWND hWnd);
+    static CWnd* BoundTo(HWND hWnd);
     HWND GetSafeHwnd() const { return m_hWnd; }
 
     virtual BOOL DestroyWindow();
@@ -41,6 +41,8 @@ public:
 
     // Takes the window away from its object: the system's own procedure serves it from then on.
     void Orphan() noexcept;
+    // The same for every window of the module, which is about to be unloaded.
+    static void OrphanAll() noexcept;
 
     HWND m_hWnd = nullptr; // owned while attached
 
@@ -58,18 +60,17 @@ protected:
     virtual void PostNcDestroy();
 
     // Binds the object to its new window.
-    void Attach(HWND hWnd);
-    void Detach() noexcept;
+    void Bind(HWND hWnd);
+    void Unbind() noexcept;
 
     DECLARE_MESSAGE_MAP()
 
 private:
-    friend class AFX_MODULE_STATE;
     friend LRESULT CALLBACK AfxWndProc(HWND hWnd, UINT message, WPARAM wParam, LPARAM lParam);
 
     AFX_MODULE_STATE* m_pModuleState = nullptr; // of the attached window
     WNDPROC m_pfnSuper = nullptr;
-    CWnd* m_pNextWnd = nullptr; // in the module state's list
+    CWnd* m_pNextWnd = nullptr; // in the list of the module's windows
 };
 
 // The window procedure of a program. No exception leaves it: the message counts as handled.
@@ -77,8 +78,8 @@ LRESULT CALLBACK AfxWndProc(HWND hWnd, UINT message, WPARAM wParam, LPARAM lPara
 
 // The window procedure of a library: as AfxWndProc, with the library's module state current, since
 // the message may come through the message loop of the program that loaded it.
-LRESULT CALLBACK AfxWndProcDllStatic(HWND hWnd, UINT message, WPARAM wParam, LPARAM lParam);
+LRESULT CALLBACK LibraryWndProc(HWND hWnd, UINT message, WPARAM wParam, LPARAM lParam);
 
 // The owner for a modal window: the given one or, without, the calling thread's active window, so
 // that the modal window cannot fall behind it.
-HWND AfxGetSafeOwner(const CWnd* pParentWnd);
+HWND GetModalOwner(const CWnd* pParentWnd);

@@ -414,7 +414,7 @@ TEST(FrameFaultOfOneCopy, IsNoOtherCopys)
 // The name that the application takes from its module, which nothing shows but a message box.
 TEST(FrameFaultOfTheModulesName, LeavesTheApplicationWithoutAName)
 {
-    CWinApp* const pAppBefore = AfxGetModuleState()->m_pCurrentWinApp;
+    CWinApp* const pAppBefore = GetCurrentModuleState()->m_pCurrentWinApp;
     {
         const FailingCall failing(::GetModuleHandleA(nullptr), "GetModuleFileNameA");
         ASSERT_TRUE(failing.IsActive());
@@ -422,7 +422,7 @@ TEST(FrameFaultOfTheModulesName, LeavesTheApplicationWithoutAName)
         EXPECT_EQ(FailingCall::Calls(), 1);
         EXPECT_STREQ(app.m_pszAppName, "");
     }
-    AfxGetModuleState()->m_pCurrentWinApp = pAppBefore;
+    GetCurrentModuleState()->m_pCurrentWinApp = pAppBefore;
 }
 
 std::string g_boxCaption;

@@ -16,7 +16,7 @@ extern "C" LONGLONG RunJob(WaitJobProc pfnJob, void* pArg, const char* message, 
 extern "C" int IsAtRest(int* pnUncaught)
 {
     *pnUncaught = std::uncaught_exceptions();
-    const _AFX_THREAD_STATE* const pState = AfxFindThreadState();
+    const ThreadState* const pState = FindThreadState();
     return pState == nullptr ||
            (pState->m_pModuleState == nullptr && pState->m_pInnermost == nullptr);
 }

@@ -71,7 +71,7 @@ protected:
             EXPECT_TRUE(attempt.bWorksAfterwards);
             EXPECT_TRUE(attempt.outcome.bStateKept);
             EXPECT_TRUE(attempt.outcome.bContextKept);
-            EXPECT_EQ(AfxGetModuleState(), &m_hostState);
+            EXPECT_EQ(GetCurrentModuleState(), &m_hostState);
             EXPECT_TRUE(m_context.IsActive());
             // Without memory the call fails with that exception, or does without.
             if (!attempt.bFailed || attempt.outcome.left != Left::ByMemoryException)
@@ -107,9 +107,9 @@ protected:
     {
         ASSERT_TRUE(Library(GetParam()).IsComplete());
         ASSERT_TRUE(m_context.IsActive());
-        AfxSetModuleState(&m_hostState);
+        SetCurrentModuleState(&m_hostState);
     }
-    void TearDown() override { AfxSetModuleState(nullptr); }
+    void TearDown() override { SetCurrentModuleState(nullptr); }
 
     Files m_files;
     AFX_MODULE_STATE m_hostState{FALSE, &AfxWndProc};

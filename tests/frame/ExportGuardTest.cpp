@@ -11,9 +11,9 @@ protected:
     {
         ASSERT_TRUE(m_library.IsComplete());
         ASSERT_TRUE(m_context.IsActive());
-        AfxSetModuleState(&m_hostState);
+        SetCurrentModuleState(&m_hostState);
     }
-    void TearDown() override { AfxSetModuleState(nullptr); }
+    void TearDown() override { SetCurrentModuleState(nullptr); }
 
     void Expect(const Situation& situation)
     {
@@ -37,7 +37,7 @@ protected:
         }
         EXPECT_TRUE(outcome.bStateKept);
         EXPECT_TRUE(outcome.bContextKept);
-        EXPECT_EQ(AfxGetModuleState(), &m_hostState);
+        EXPECT_EQ(GetCurrentModuleState(), &m_hostState);
         EXPECT_TRUE(m_context.IsActive());
 
         const CallOutcome closed = CallAsHost([this] { return m_library.CloseWaitDlg(); });
@@ -115,11 +115,11 @@ TEST_P(ExportGuard, RestoresTheStateThatItFoundHoweverDeepTheCallsAreNested)
                                                        situation.pReplacement);
             CallAsHost([&] { return situation.call(m_library); });
             m_library.CloseWaitDlg();
-            EXPECT_EQ(AfxGetModuleState(), &otherState) << situation.pszSentence;
+            EXPECT_EQ(GetCurrentModuleState(), &otherState) << situation.pszSentence;
             EXPECT_TRUE(m_context.IsActive()) << situation.pszSentence;
         }
     }
-    EXPECT_EQ(AfxGetModuleState(), &m_hostState);
+    EXPECT_EQ(GetCurrentModuleState(), &m_hostState);
 }
 
 // The context is the one of the library's manifest: with the controls of version 6 in it.

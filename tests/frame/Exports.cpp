@@ -15,7 +15,7 @@ void Note()
 {
     ++g_inside.nCalls;
     g_inside.hContext = HostContext::Current();
-    g_inside.pModuleState = AfxGetModuleState();
+    g_inside.pModuleState = GetCurrentModuleState();
 }
 
 int WINAPI AnswerMessageBox(HWND /*hWnd*/, LPCSTR /*lpText*/, LPCSTR lpCaption, UINT /*uType*/)

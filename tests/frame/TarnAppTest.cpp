@@ -20,7 +20,7 @@ public:
 class TarnApp : public testing::Test
 {
 protected:
-    ~TarnApp() override { AfxGetModuleState()->m_pCurrentWinApp = m_pBefore; }
+    ~TarnApp() override { GetCurrentModuleState()->m_pCurrentWinApp = m_pBefore; }
 
 private:
     CWinApp* m_pBefore = AfxGetApp();

@@ -31,11 +31,11 @@ protected:
 #else
     void SetUp() override
     {
-        AfxSetNativeCodePage(932);
+        SetNativeCodePage(932);
     }
     void TearDown() override
     {
-        AfxSetNativeCodePage(1252);
+        SetNativeCodePage(1252);
     }
 #endif
 };

@@ -38,7 +38,7 @@ HANDLE HostContext::Current()
 
 CallOutcome CallAsHost(const std::function<int()>& function)
 {
-    const AFX_MODULE_STATE* const pState = AfxGetModuleState();
+    const AFX_MODULE_STATE* const pState = GetCurrentModuleState();
     HANDLE const hContext = HostContext::Current();
     CallOutcome outcome;
     try
@@ -64,7 +64,7 @@ CallOutcome CallAsHost(const std::function<int()>& function)
     {
         outcome.left = Left::BySomethingElse;
     }
-    outcome.bStateKept = AfxGetModuleState() == pState;
+    outcome.bStateKept = GetCurrentModuleState() == pState;
     outcome.bContextKept = HostContext::Current() == hContext;
     return outcome;
 }

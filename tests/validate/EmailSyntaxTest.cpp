@@ -56,11 +56,11 @@ class EmailSyntax : public testing::TestWithParam<unsigned>
 protected:
     EmailSyntax()
     {
-        AfxSetNativeCodePage(GetParam());
+        SetNativeCodePage(GetParam());
     }
     ~EmailSyntax() override
     {
-        AfxSetNativeCodePage(1252);
+        SetNativeCodePage(1252);
     }
 #endif
 };

@@ -40,7 +40,7 @@ UINT Look(LPVOID pParam)
 {
     auto& seen = *static_cast<Seen*>(pParam);
     seen.pThread = AfxGetThread();
-    seen.pModuleState = AfxGetModuleState();
+    seen.pModuleState = GetCurrentModuleState();
     seen.nThreadID = ::GetCurrentThreadId();
     seen.nPriority = ::GetThreadPriority(::GetCurrentThread());
     if (seen.bKeepObject)
@@ -106,7 +106,7 @@ TEST(CWinThread, RunsInTheModuleStateOfItsCreator)
 {
     Seen inHost;
     RunThread(inHost);
-    EXPECT_EQ(inHost.pModuleState, AfxGetDefaultModuleState());
+    EXPECT_EQ(inHost.pModuleState, GetDefaultModuleState());
     Seen inLibrary;
     {
         AFX_MANAGE_STATE(AfxGetStaticModuleState());
@@ -183,7 +183,7 @@ TEST(CWinThread, IsNullWhenTheSystemMakesNoThread)
 
 TEST(CWinThread, ThrowsTheMemoryExceptionWithoutMemory)
 {
-    AfxGetThreadState();
+    GetThreadState();
     EXPECT_TRUE(LeavesNothingBehind([] {
         AllocationFaults faults(::GetModuleHandleA(nullptr));
         for (int n = 1; n < 10; ++n)

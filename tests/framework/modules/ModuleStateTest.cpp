@@ -40,7 +40,7 @@ TEST(CWinApp, KeepsTheNameThatItIsGiven)
         EXPECT_STREQ(AfxGetAppName(), "A name of its own");
     }
     EXPECT_EQ(AfxGetAppName(), nullptr) << "it is gone, and no other one took its place";
-    AfxGetModuleState()->m_pCurrentWinApp = &g_app;
+    GetCurrentModuleState()->m_pCurrentWinApp = &g_app;
 }
 
 TEST(CWinApp, ThatGoesLeavesALaterOneInItsPlace)
@@ -52,7 +52,7 @@ TEST(CWinApp, ThatGoesLeavesALaterOneInItsPlace)
         pFirst.reset();
         EXPECT_EQ(AfxGetApp(), &second);
     }
-    AfxGetModuleState()->m_pCurrentWinApp = &g_app;
+    GetCurrentModuleState()->m_pCurrentWinApp = &g_app;
 }
 
 TEST(CWinApp, IsTheOneOfTheModuleThatIsCurrent)
@@ -84,33 +84,33 @@ TEST(CWinApp, IsToldWhatTheSystemGaveToTheProgram)
 TEST(CWinApp, NeedNotBeThereWhenTheSystemStartsTheProgram)
 {
     AFX_MODULE_STATE own(FALSE, &AfxWndProc);
-    AFX_MODULE_STATE* const pBefore = AfxSetModuleState(&own);
+    AFX_MODULE_STATE* const pBefore = SetCurrentModuleState(&own);
     HINSTANCE const hInstance = ::GetModuleHandleA("kernel32.dll"); // not what it starts with
     EXPECT_TRUE(AfxWinInit(hInstance, nullptr, nullptr, SW_SHOW));
     EXPECT_EQ(AfxGetInstanceHandle(), hInstance);
     EXPECT_EQ(AfxGetResourceHandle(), hInstance);
     EXPECT_EQ(AfxGetApp(), nullptr);
-    AfxSetModuleState(pBefore);
+    SetCurrentModuleState(pBefore);
 }
 
 TEST(ModuleState, IsAProgramsOrALibrarys)
 {
-    EXPECT_NE(AfxGetStaticModuleState(), AfxGetDefaultModuleState());
-    EXPECT_EQ(AfxGetModuleState(), AfxGetDefaultModuleState());
-    EXPECT_FALSE(AfxGetDefaultModuleState()->m_bDLL);
-    EXPECT_EQ(AfxGetDefaultModuleState()->m_pfnAfxWndProc, &AfxWndProc);
+    EXPECT_NE(AfxGetStaticModuleState(), GetDefaultModuleState());
+    EXPECT_EQ(GetCurrentModuleState(), GetDefaultModuleState());
+    EXPECT_FALSE(GetDefaultModuleState()->m_bDLL);
+    EXPECT_EQ(GetDefaultModuleState()->m_pfnWndProc, &AfxWndProc);
     EXPECT_TRUE(AfxGetStaticModuleState()->m_bDLL);
-    EXPECT_EQ(AfxGetStaticModuleState()->m_pfnAfxWndProc, &AfxWndProcDllStatic);
+    EXPECT_EQ(AfxGetStaticModuleState()->m_pfnWndProc, &LibraryWndProc);
 }
 
 TEST(ModuleState, IsSetAndGivenBack)
 {
     AFX_MODULE_STATE own(FALSE, &AfxWndProc);
-    AFX_MODULE_STATE* const pBefore = AfxGetModuleState();
-    EXPECT_EQ(AfxSetModuleState(&own), pBefore);
-    EXPECT_EQ(AfxGetModuleState(), &own);
-    EXPECT_EQ(AfxSetModuleState(nullptr), &own);
-    EXPECT_EQ(AfxGetModuleState(), AfxGetDefaultModuleState());
+    AFX_MODULE_STATE* const pBefore = GetCurrentModuleState();
+    EXPECT_EQ(SetCurrentModuleState(&own), pBefore);
+    EXPECT_EQ(GetCurrentModuleState(), &own);
+    EXPECT_EQ(SetCurrentModuleState(nullptr), &own);
+    EXPECT_EQ(GetCurrentModuleState(), GetDefaultModuleState());
 }
 
 TEST(ModuleState, BelongsToTheThread)
@@ -121,20 +121,20 @@ TEST(ModuleState, BelongsToTheThread)
     HANDLE const hThread = ::CreateThread(
         nullptr, 0,
         [](LPVOID ppState) -> DWORD {
-            *static_cast<AFX_MODULE_STATE**>(ppState) = AfxGetModuleState();
+            *static_cast<AFX_MODULE_STATE**>(ppState) = GetCurrentModuleState();
             return 0;
         },
         &pOther, 0, nullptr);
     ASSERT_EQ(::WaitForSingleObject(hThread, 60000), WAIT_OBJECT_0);
     ::CloseHandle(hThread);
-    EXPECT_EQ(pOther, AfxGetDefaultModuleState());
-    EXPECT_EQ(AfxGetModuleState(), &own);
+    EXPECT_EQ(pOther, GetDefaultModuleState());
+    EXPECT_EQ(GetCurrentModuleState(), &own);
 }
 
 TEST(ThreadState, IsTheSameForEachCallOfAThread)
 {
-    EXPECT_NE(AfxGetThreadState(), nullptr);
-    EXPECT_EQ(AfxGetThreadState(), AfxGetThreadState());
+    EXPECT_NE(GetThreadState(), nullptr);
+    EXPECT_EQ(GetThreadState(), GetThreadState());
 }
 
 // Looks at the guard's fields, which it may as a derived class.
@@ -155,7 +155,7 @@ public:
                 reinterpret_cast<const char*>(&m_bValidActCtxCookie) - pBase};
     }
     AFX_MODULE_STATE* Previous() const { return m_pPrevModuleState; }
-    _AFX_THREAD_STATE* Thread() const { return m_pThreadState; }
+    ThreadState* Thread() const { return m_pThreadState; }
     BOOL IsCookieValid() const { return m_bValidActCtxCookie; }
 };
 
@@ -168,37 +168,37 @@ TEST(MaintainState, HoldsFourFieldsInTheirOrder)
     EXPECT_EQ(offsets.nCookie, 16);
     EXPECT_EQ(offsets.nValid, 24);
     EXPECT_EQ(sizeof(AFX_MAINTAIN_STATE2), 32U);
-    EXPECT_EQ(guard.Thread(), AfxGetThreadState());
+    EXPECT_EQ(guard.Thread(), GetThreadState());
     EXPECT_FALSE(guard.IsCookieValid()); // this program carries no manifest for the library
 }
 
 TEST(MaintainState, MakesAStateCurrentForABlock)
 {
-    AFX_MODULE_STATE first(TRUE, &AfxWndProcDllStatic);
-    AFX_MODULE_STATE second(TRUE, &AfxWndProcDllStatic);
-    AFX_MODULE_STATE* const pHost = AfxGetModuleState();
+    AFX_MODULE_STATE first(TRUE, &LibraryWndProc);
+    AFX_MODULE_STATE second(TRUE, &LibraryWndProc);
+    AFX_MODULE_STATE* const pHost = GetCurrentModuleState();
     {
         AFX_MANAGE_STATE(&first);
-        EXPECT_EQ(AfxGetModuleState(), &first);
+        EXPECT_EQ(GetCurrentModuleState(), &first);
         {
             const GuardFields guard(&second);
-            EXPECT_EQ(AfxGetModuleState(), &second);
+            EXPECT_EQ(GetCurrentModuleState(), &second);
             EXPECT_EQ(guard.Previous(), &first);
         }
-        EXPECT_EQ(AfxGetModuleState(), &first);
+        EXPECT_EQ(GetCurrentModuleState(), &first);
         {
             const GuardFields guard(&first);
-            EXPECT_EQ(AfxGetModuleState(), &first);
+            EXPECT_EQ(GetCurrentModuleState(), &first);
         }
-        EXPECT_EQ(AfxGetModuleState(), &first);
+        EXPECT_EQ(GetCurrentModuleState(), &first);
     }
-    EXPECT_EQ(AfxGetModuleState(), pHost);
+    EXPECT_EQ(GetCurrentModuleState(), pHost);
 }
 
 TEST(MaintainState, RestoresTheStateWhenAnExceptionPasses)
 {
-    AFX_MODULE_STATE own(TRUE, &AfxWndProcDllStatic);
-    AFX_MODULE_STATE* const pHost = AfxGetModuleState();
+    AFX_MODULE_STATE own(TRUE, &LibraryWndProc);
+    AFX_MODULE_STATE* const pHost = GetCurrentModuleState();
     try
     {
         AFX_MANAGE_STATE(&own);
@@ -206,10 +206,10 @@ TEST(MaintainState, RestoresTheStateWhenAnExceptionPasses)
     }
     catch (CInvalidArgException* pException)
     {
-        EXPECT_EQ(AfxGetModuleState(), pHost);
+        EXPECT_EQ(GetCurrentModuleState(), pHost);
         pException->Delete();
     }
-    EXPECT_EQ(AfxGetModuleState(), pHost);
+    EXPECT_EQ(GetCurrentModuleState(), pHost);
 }
 
 TEST(MaintainState, LeavesTheHostsContextActiveAfterwards)

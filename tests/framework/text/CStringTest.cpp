@@ -50,13 +50,13 @@ TEST(CStringEnvironment, HasTheCodePageThatTheTestRunAsksFor)
 #else
 bool IsJapanese()
 {
-    return AfxIsLeadByte(0x95);
+    return IsLeadByte(0x95);
 }
 class CStringCharacters : public testing::TestWithParam<unsigned>
 {
 protected:
-    CStringCharacters() { AfxSetNativeCodePage(GetParam()); }
-    ~CStringCharacters() override { AfxSetNativeCodePage(1252); }
+    CStringCharacters() { SetNativeCodePage(GetParam()); }
+    ~CStringCharacters() override { SetNativeCodePage(1252); }
 };
 INSTANTIATE_TEST_SUITE_P(BothCodePages, CStringCharacters, testing::Values(1252U, 932U));
 #undef TEST_F

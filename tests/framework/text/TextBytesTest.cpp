@@ -22,7 +22,7 @@ TEST(TextBytes, LengthAtEveryAlignment)
             text.append(cb, '\xFF');
             text.append(40, '\0');
             text.append(40, 'x');
-            ASSERT_EQ(AfxTextLength(text.c_str() + nBefore), cb) << "after " << nBefore << " bytes";
+            ASSERT_EQ(LengthOfText(text.c_str() + nBefore), cb) << "after " << nBefore << " bytes";
         }
     }
 }
@@ -36,7 +36,7 @@ TEST(TextBytes, LengthDoesNotReachIntoTheNextPage)
     ASSERT_NE(::VirtualAlloc(pPages, kPage, MEM_COMMIT, PAGE_READWRITE), nullptr);
     std::memset(pPages, 'x', kPage - 1);
     for (std::size_t cb = 0; cb < 70; ++cb)
-        ASSERT_EQ(AfxTextLength(pPages + kPage - 1 - cb), cb);
+        ASSERT_EQ(LengthOfText(pPages + kPage - 1 - cb), cb);
     ::VirtualFree(pPages, 0, MEM_RELEASE);
 }
 
@@ -53,10 +53,10 @@ TEST(TextBytes, MoveStaysInsideBothTexts)
         char* const pEnd = pPage + kPage - cb;
         std::memset(pPage, 'a', kPage);
         std::memset(pEnd, 'z', cb);
-        AfxMoveText(pPage, pEnd, cb);
+        MoveText(pPage, pEnd, cb);
         ASSERT_EQ(std::string(pPage, cb + 1), std::string(cb, 'z') + 'a');
         std::memset(pPage, 'b', cb);
-        AfxMoveText(pEnd, pPage, cb);
+        MoveText(pEnd, pPage, cb);
         ASSERT_EQ(std::string(pEnd - 1, cb + 1), 'a' + std::string(cb, 'b'));
     }
     ::VirtualFree(pPages, 0, MEM_RELEASE);
@@ -75,7 +75,7 @@ TEST(TextBytes, MovesEveryLengthOverEveryOverlap)
             std::string expected = text;
             expected.replace(nDest, cb, text.substr(40, cb));
             std::string moved = text;
-            AfxMoveText(moved.data() + nDest, moved.data() + 40, cb);
+            MoveText(moved.data() + nDest, moved.data() + 40, cb);
             ASSERT_EQ(moved, expected) << cb << " bytes to " << nDest;
         }
     }

@@ -77,10 +77,10 @@ TEST(CDialog, IsOwnedByItsParent)
     TestDialog child;
     ASSERT_TRUE(child.Create(IDD_WAITDLG, &parent));
     EXPECT_EQ(::GetWindow(child.GetSafeHwnd(), GW_OWNER), parent.GetSafeHwnd());
-    EXPECT_EQ(AfxGetSafeOwner(&parent), parent.GetSafeHwnd());
+    EXPECT_EQ(GetModalOwner(&parent), parent.GetSafeHwnd());
     child.DestroyWindow();
     parent.DestroyWindow();
-    EXPECT_EQ(AfxGetSafeOwner(&parent), ::GetActiveWindow()) << "without a window it is no owner";
+    EXPECT_EQ(GetModalOwner(&parent), ::GetActiveWindow()) << "without a window it is no owner";
 }
 
 TEST(CDialog, LetsNoExceptionOutToTheSystem)

@@ -1,9 +1,9 @@
-#include "framework/windows/CCmdTarget.h"
+#include "framework/modules/CCmdTarget.h"
 
 // The root of every chain of maps: it has no base and no entries.
 const AFX_MSGMAP* CCmdTarget::GetThisMessageMap()
 {
-    static constexpr AFX_MSGMAP_ENTRY kEntries[] = {AFX_MSGMAP_END};
+    static constexpr AFX_MSGMAP_ENTRY kEntries[] = {{0, nullptr, nullptr}};
     static constexpr AFX_MSGMAP kMap = {nullptr, kEntries};
     return &kMap;
 }

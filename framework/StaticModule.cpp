@@ -1,5 +1,7 @@
-// The library linked statically into a program: the program has a module state of its own, the
-// application's, besides the library's. Not linked into the DLL.
+// The library linked statically into a program (tarn_core), instead of loaded as a DLL. For programs of
+// this project: the tests that reach what the DLL does not export, and command-line tools that must not
+// depend on a file beside them. Such a program has a module state of its own, the application's, besides
+// the library's. DllModule.cpp is the counterpart.
 #include "framework/modules/ModuleState.h"
 #include "framework/modules/ThreadState.h"
 #include "framework/windows/CWnd.h"
@@ -13,13 +15,12 @@ namespace
 {
 // Before every other static object: application objects register with them.
 AFX_MODULE_STATE g_appModuleState __attribute__((init_priority(101))) (FALSE, &AfxWndProc);
-AFX_MODULE_STATE g_libraryModuleState
-    __attribute__((init_priority(101))) (TRUE, &AfxWndProcDllStatic);
+AFX_MODULE_STATE g_libraryModuleState __attribute__((init_priority(101))) (TRUE, &LibraryWndProc);
 
 void NTAPI OnThread(PVOID /*hModule*/, DWORD dwReason, PVOID /*pReserved*/)
 {
     if (dwReason == DLL_THREAD_DETACH)
-        AfxTermThread();
+        FreeThreadState();
 }
 
 // In the program's list of what the loader calls when a thread ends, as it calls a DLL's entry point.
@@ -31,7 +32,7 @@ AFX_MODULE_STATE* AfxGetStaticModuleState() noexcept
     return &g_libraryModuleState;
 }
 
-AFX_MODULE_STATE* AfxGetDefaultModuleState() noexcept
+AFX_MODULE_STATE* GetDefaultModuleState() noexcept
 {
     return &g_appModuleState;
 }

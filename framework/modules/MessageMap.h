@@ -4,7 +4,7 @@
 
 #include <windows.h>
 
-class CWnd;
+class CCmdTarget;
 
 #define afx_msg // marks message handlers
 
@@ -12,8 +12,8 @@ class CWnd;
 struct AFX_MSGMAP_ENTRY
 {
     UINT nMessage;
-    LRESULT (CWnd::*pfnMessage)(WPARAM, LPARAM);
-    void (CWnd::*pfnTimer)(UINT_PTR);
+    LRESULT (CCmdTarget::*pfnMessage)(WPARAM, LPARAM);
+    void (CCmdTarget::*pfnTimer)(UINT_PTR);
 };
 
 struct AFX_MSGMAP
@@ -21,11 +21,6 @@ struct AFX_MSGMAP
     const AFX_MSGMAP* (*pfnGetBaseMap)();
     const AFX_MSGMAP_ENTRY* lpEntries;
 };
-
-#define AFX_MSGMAP_END                                                                             \
-    {                                                                                              \
-        0, nullptr, nullptr                                                                        \
-    }
 
 #define DECLARE_MESSAGE_MAP()                                                                      \
 protected:                                                                                         \
@@ -44,7 +39,9 @@ protected:                                                                      
         static const AFX_MSGMAP_ENTRY kEntries[] = {
 
 #define END_MESSAGE_MAP()                                                                          \
-    AFX_MSGMAP_END                                                                                 \
+    {                                                                                              \
+        0, nullptr, nullptr                                                                        \
+    }                                                                                              \
     }                                                                                              \
     ;                                                                                              \
     static const AFX_MSGMAP kMap = {&TheBaseClass::GetThisMessageMap, kEntries};                   \
@@ -53,8 +50,8 @@ protected:                                                                      
 
 // LRESULT memberFxn(WPARAM, LPARAM)
 #define ON_MESSAGE(message, memberFxn)                                                             \
-    {message, static_cast<LRESULT (CWnd::*)(WPARAM, LPARAM)>(memberFxn), nullptr},
+    {message, static_cast<LRESULT (CCmdTarget::*)(WPARAM, LPARAM)>(memberFxn), nullptr},
 
 // void OnTimer(UINT_PTR nIDEvent)
 #define ON_WM_TIMER()                                                                              \
-    {WM_TIMER, nullptr, static_cast<void (CWnd::*)(UINT_PTR)>(&ThisClass::OnTimer)},
+    {WM_TIMER, nullptr, static_cast<void (CCmdTarget::*)(UINT_PTR)>(&ThisClass::OnTimer)},

@@ -1,7 +1,7 @@
 // CCmdTarget: base of everything that has a message map.
 #pragma once
 
-#include "framework/windows/MessageMap.h"
+#include "framework/modules/MessageMap.h"
 
 class CCmdTarget
 {
