@@ -2,7 +2,8 @@
 # framework/.
 set(CMAKE_MFC_FLAG 2)
 enable_language(RC)
-add_library(tarn SHARED ${portable_sources} ${library_sources} frame/tarn.def frame/tarn.rc)
+add_library(tarn SHARED ${portable_sources} ${library_sources} 
+  frame/tarn.def frame/tarn.rc ui/WaitDlg.rc)
 add_library(tarn::tarn ALIAS tarn)
 target_compile_definitions(tarn PRIVATE _AFXDLL _USRDLL _WINDLL _MBCS)
 target_link_libraries(tarn PRIVATE tarn_options)

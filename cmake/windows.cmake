@@ -1,4 +1,4 @@
-# Windows with GCC or Clang: tarn.dll, and tarn_core for programs that link the library statically.
+# Windows with GCC or Clang: tarn.dll, and tarn_core, which is the same linked statically.
 target_compile_options(tarn_options INTERFACE -fno-ident)
 set(system_libraries advapi32 user32 kernel32)
 set(sources
@@ -23,10 +23,11 @@ set_source_files_properties(runtime/HandlerTable.cpp runtime/Unwinder.cpp
 add_library(tarn_objects OBJECT ${sources})
 target_link_libraries(tarn_objects PRIVATE tarn_options)
 
+# tarn_compile_resource(<source> <object> [<option>...] [COMMAND <command>...])
 # Runs in the source folder, with relative names: the resource compiler's preprocessor takes no
 # include folder with a space in its path.
 function(tarn_compile_resource source object)
-  set(depends ${source} ui/WaitDlg.rc ui/resource.h frame/tarn.manifest)
+  set(depends ${source} ui/resource.h frame/tarn.manifest)
   list(TRANSFORM depends PREPEND ${PROJECT_SOURCE_DIR}/)
   add_custom_command(
     OUTPUT ${object}
@@ -38,11 +39,12 @@ function(tarn_compile_resource source object)
     VERBATIM)
 endfunction()
 
-set(dll_resource ${PROJECT_BINARY_DIR}/tarn.res.o)
-tarn_compile_resource(frame/tarn.rc ${dll_resource})
+set(dll_resources ${PROJECT_BINARY_DIR}/tarn.res.o ${PROJECT_BINARY_DIR}/WaitDlg.res.o)
+tarn_compile_resource(frame/tarn.rc ${PROJECT_BINARY_DIR}/tarn.res.o)
+tarn_compile_resource(ui/WaitDlg.rc ${PROJECT_BINARY_DIR}/WaitDlg.res.o)
 
 add_library(tarn SHARED
-  ${dll_sources} ${sources} frame/tarn.def ${dll_resource})
+  ${dll_sources} ${sources} frame/tarn.def ${dll_resources})
 add_library(tarn::tarn ALIAS tarn)
 set_target_properties(tarn PROPERTIES PREFIX "" IMPORT_PREFIX "lib")
 # msvcrt is named here, too: the linker of binutils 2.40 crashes when it first meets abort behind libgcc.
@@ -76,10 +78,13 @@ add_custom_command(TARGET tarn POST_BUILD
   WORKING_DIRECTORY $<TARGET_FILE_DIR:tarn>
   VERBATIM)
 
+# tarn_core: the library for programs of this project that have it inside: the tests, to reach what the
+# DLL does not export, and command-line tools.
+#
 # An archive member is linked for the symbols it defines, and a compiled resource defines none: it
 # gets one, which framework/StaticModule.cpp refers to.
 set(core_resource ${PROJECT_BINARY_DIR}/core.res.o)
-tarn_compile_resource(frame/core.rc ${core_resource}
+tarn_compile_resource(ui/WaitDlg.rc ${core_resource} -DTARN_CORE
   COMMAND ${CMAKE_OBJCOPY} --add-symbol tarn_core_resources=.rsrc:0,global ${core_resource})
 
 add_library(tarn_core STATIC

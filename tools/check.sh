@@ -125,6 +125,7 @@ clang-tidy | cppcheck | clang-format | shellcheck)
 esac
 
 step 'Each file: clang-tidy, cppcheck, clang-format, shellcheck' each_file
+step 'Includes against the picture of the rooms' tools/rooms.py
 
 if [ ${#failed[@]} -gt 0 ]; then
     printf 'check: not clean: %s\n' "${failed[*]}" >&2

@@ -2,11 +2,7 @@
 // with Delete().
 #pragma once
 
-#ifdef _WIN32
-#include <windows.h>
-#else
-#include "framework/text/NativeTypes.h"
-#endif
+#include "runtime/PlatformTypes.h"
 
 class CException
 {

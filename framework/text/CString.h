@@ -6,13 +6,8 @@
 // indexes count bytes. A null pointer given as text is the empty string.
 #pragma once
 
-#ifdef _WIN32
-#include <windows.h>
-#else
-#include "framework/text/NativeTypes.h"
-#endif
-
 #include "framework/text/TextBytes.h"
+#include "runtime/PlatformTypes.h"
 
 #include <atomic>
 
