@@ -3,8 +3,7 @@
 
 #include "afxstr.h"
 #include "framework/exceptions/CException.h"
-#include "framework/exceptions/CInvalidArgException.h"
-#include "framework/exceptions/CMemoryException.h"
+#include "framework/exceptions/CSimpleException.h"
 #include "runtime/PlatformTypes.h"
 
 #ifdef _WIN32

@@ -65,7 +65,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* pInput, std::size_t cbInput)
     try
     {
         const CString strText = MakeChrcText(folder.c_str());
-        fuzz::Require(strText == FileModel(folder.substr(0, nLength)).c_str(), "text");
+        fuzz::Require(FileModel(folder.substr(0, nLength)) == strText.GetString(), "text");
     }
     catch (CInvalidArgException* pException)
     {

@@ -16,7 +16,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* pInput, std::size_t cbInput)
     const int nResult = CheckEmailSyntax(strAddress, &nPosition, strMessage);
     fuzz::Require(nResult == expected.nResult, "result");
     fuzz::Require(nPosition == expected.nPosition, "position");
-    fuzz::Require(strMessage == expected.message.c_str(), "message");
-    fuzz::Require(strAddress == expected.address.c_str(), "address");
+    fuzz::Require(expected.message == strMessage.GetString(), "message");
+    fuzz::Require(expected.address == strAddress.GetString(), "address");
     return 0;
 }

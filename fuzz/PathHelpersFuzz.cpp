@@ -30,8 +30,9 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* pInput, std::size_t cbInput)
     fuzz::ChooseCodePage(input.Byte());
     const std::string path = input.Text();
     const CString strPath(path.c_str());
-    fuzz::Require(AddTrailingSeparator(strPath) == SeparatedModel(path).c_str(), "separated path");
-    fuzz::Require(FileNamePart(strPath) == NamePartModel(path).c_str(), "file name");
-    fuzz::Require(strPath == path.c_str(), "the caller's path");
+    fuzz::Require(SeparatedModel(path) == AddTrailingSeparator(strPath).GetString(),
+                  "separated path");
+    fuzz::Require(NamePartModel(path) == FileNamePart(strPath).GetString(), "file name");
+    fuzz::Require(path == strPath.GetString(), "the caller's path");
     return 0;
 }

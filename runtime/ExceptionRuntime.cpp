@@ -13,6 +13,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <exception>
 
 namespace
 {
@@ -175,3 +176,12 @@ void __verbose_terminate_handler()
     std::abort();
 }
 } // namespace __gnu_cxx
+
+// The stock ones are variables, the only ones in the library that would be initialised by its file.
+namespace __cxxabiv1
+{
+extern const std::terminate_handler __terminate_handler;
+const std::terminate_handler __terminate_handler = &std::abort;
+extern const std::terminate_handler __unexpected_handler;
+const std::terminate_handler __unexpected_handler = &std::abort;
+} // namespace __cxxabiv1

@@ -13,7 +13,7 @@ import sys
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 PAGE = "internals/architecture.md"
-OUTSIDE = ("bench/", "fuzz/", "samples/", "tests/", "tools/")
+OUTSIDE = ("bench/", "fuzz/", "samples/", "selftest/", "tests/", "tools/")
 SOURCES = (".c", ".cpp", ".h", ".rc")
 INCLUDE_FOLDERS = ("", "include/", "framework/")
 

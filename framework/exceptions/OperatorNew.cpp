@@ -1,5 +1,5 @@
 // operator new: memory comes from the module's own heap, and a lack of it is a CMemoryException.
-#include "framework/exceptions/CMemoryException.h"
+#include "framework/exceptions/CSimpleException.h"
 #include "runtime/Heap.h"
 
 #include <new>

@@ -9,21 +9,14 @@
 class CFile
 {
 public:
-    // One of the access flags, one of the share flags, and any of the others.
+    // One of the access flags, and any of the others. A file is never shared, and child processes
+    // inherit the handle.
     enum OpenFlags : UINT
     {
         modeRead = 0x0000,
         modeWrite = 0x0001,
-        modeReadWrite = 0x0002,
-        shareCompat = 0x0000, // as shareExclusive
         shareExclusive = 0x0010,
-        shareDenyWrite = 0x0020,
-        shareDenyRead = 0x0030,
-        shareDenyNone = 0x0040,
-        modeNoInherit = 0x0080,
-        modeCreate = 0x1000,     // create the file, or truncate an existing one
-        modeNoTruncate = 0x2000, // with modeCreate: leave an existing file's contents
-        typeBinary = 0x8000      // raw bytes, which is what this class does in any case
+        modeCreate = 0x1000 // create the file, or truncate an existing one
     };
 
     CFile() noexcept = default;

@@ -1,15 +1,17 @@
 #include "framework/files/CFileException.h"
 
+#include <cstring>
+
 namespace
 {
 struct OsErrorCause
 {
-    LONG lOsError;
-    int cause;
+    unsigned short nOsError;
+    unsigned char cause;
 };
 
+// Those that opening, writing and closing a file can end with.
 constexpr OsErrorCause kCauses[] = {
-    {ERROR_SUCCESS, CFileException::none},
     {ERROR_FILE_NOT_FOUND, CFileException::fileNotFound},
     {ERROR_BAD_NETPATH, CFileException::fileNotFound},
     {ERROR_PATH_NOT_FOUND, CFileException::badPath},
@@ -27,11 +29,7 @@ constexpr OsErrorCause kCauses[] = {
     {ERROR_ALREADY_EXISTS, CFileException::accessDenied},
     {ERROR_USER_MAPPED_FILE, CFileException::accessDenied},
     {ERROR_INVALID_HANDLE, CFileException::invalidFile},
-    {ERROR_CURRENT_DIRECTORY, CFileException::removeCurrentDir},
-    {ERROR_DIR_NOT_EMPTY, CFileException::removeCurrentDir},
     {ERROR_CANNOT_MAKE, CFileException::directoryFull},
-    {ERROR_SEEK, CFileException::badSeek},
-    {ERROR_NEGATIVE_SEEK, CFileException::badSeek},
     {ERROR_WRITE_PROTECT, CFileException::hardIO},
     {ERROR_NOT_READY, CFileException::hardIO},
     {ERROR_CRC, CFileException::hardIO},
@@ -45,42 +43,41 @@ constexpr OsErrorCause kCauses[] = {
     {ERROR_LOCK_VIOLATION, CFileException::lockViolation},
     {ERROR_HANDLE_DISK_FULL, CFileException::diskFull},
     {ERROR_DISK_FULL, CFileException::diskFull},
-    {ERROR_HANDLE_EOF, CFileException::endOfFile},
 };
 
-// The text stands before and after the file's name.
-struct CauseText
+// One behind the other, for the causes from genericException to diskFull; an empty one stands for the
+// first. The file's name takes the place of the asterisk.
+constexpr char kTexts[] = "An error occurred while using *.\0"
+                          "* was not found.\0"
+                          "The path is not valid or its folder does not exist: *\0"
+                          "Too many files are open to open *.\0"
+                          "Access was denied to *.\0"
+                          "The file handle is not valid: *\0"
+                          "\0" // removeCurrentDir: nothing here removes one
+                          "The folder has no room for *.\0"
+                          "\0" // badSeek: nothing here seeks
+                          "The device reported an error in *.\0"
+                          "* is in use by another program.\0"
+                          "* is locked by another program.\0"
+                          "\0" // no cause has this value
+                          "The disk was full while writing *.";
+
+const char* FindText(int cause) noexcept
 {
-    int cause;
-    LPCSTR pszBefore;
-    LPCSTR pszAfter;
-};
-
-constexpr CauseText kTexts[] = {
-    {CFileException::none, "No error occurred in ", "."},
-    {CFileException::fileNotFound, "", " was not found."},
-    {CFileException::badPath, "The path is not valid or its folder does not exist: ", ""},
-    {CFileException::tooManyOpenFiles, "Too many files are open to open ", "."},
-    {CFileException::accessDenied, "Access was denied to ", "."},
-    {CFileException::invalidFile, "The file handle is not valid: ", ""},
-    {CFileException::removeCurrentDir, "The current folder cannot be removed: ", ""},
-    {CFileException::directoryFull, "The folder has no room for ", "."},
-    {CFileException::badSeek, "The position could not be set in ", "."},
-    {CFileException::hardIO, "The device reported an error in ", "."},
-    {CFileException::sharingViolation, "", " is in use by another program."},
-    {CFileException::lockViolation, "", " is locked by another program."},
-    {CFileException::diskFull, "The disk was full while writing ", "."},
-    {CFileException::endOfFile, "The end was reached of ", "."},
-};
-constexpr CauseText kGeneralText = {CFileException::genericException,
-                                    "An error occurred while using ", "."};
+    if (cause < CFileException::genericException || cause > CFileException::diskFull)
+        return kTexts;
+    const char* psz = kTexts;
+    for (; cause > CFileException::genericException; --cause)
+        psz += std::strlen(psz) + 1;
+    return *psz != '\0' ? psz : kTexts;
+}
 } // namespace
 
 int CFileException::OsErrorToException(LONG lOsError) noexcept
 {
     for (const OsErrorCause& entry : kCauses)
     {
-        if (entry.lOsError == lOsError)
+        if (entry.nOsError == lOsError)
             return entry.cause;
     }
     return genericException;
@@ -90,23 +87,26 @@ BOOL CFileException::GetErrorMessage(LPSTR lpszError, UINT nMaxError, UINT* pnHe
 {
     if (pnHelpContext != nullptr)
         *pnHelpContext = 0;
-    const CauseText* pText = &kGeneralText;
-    for (const CauseText& text : kTexts)
-    {
-        if (text.cause == m_cause)
-            pText = &text;
-    }
-    // Piece by piece into the caller's buffer: the message must not need memory of its own.
-    const LPCSTR pszPieces[] = {pText->pszBefore,
-                                m_strFileName.IsEmpty() ? "a file" : m_strFileName.GetString(),
-                                pText->pszAfter};
     if (!CopyMessage(lpszError, nMaxError, ""))
         return FALSE;
-    UINT cbUsed = 0;
-    for (LPCSTR const pszPiece : pszPieces)
+    // Straight into the caller's buffer: the message must not need memory of its own.
+    const auto append = [&](char ch) {
+        if (nMaxError <= 1)
+            return;
+        --nMaxError;
+        *lpszError++ = ch;
+        *lpszError = '\0';
+    };
+    for (const char* p = FindText(m_cause); *p != '\0'; ++p)
     {
-        CopyMessage(lpszError + cbUsed, nMaxError - cbUsed, pszPiece);
-        cbUsed += static_cast<UINT>(::lstrlenA(lpszError + cbUsed));
+        if (*p != '*')
+        {
+            append(*p);
+            continue;
+        }
+        for (const char* q = m_strFileName.IsEmpty() ? "a file" : m_strFileName.GetString();
+             *q != '\0'; ++q)
+            append(*q);
     }
     return TRUE;
 }

@@ -1,6 +1,6 @@
 #include "framework/modules/ThreadState.h"
 
-#include "framework/exceptions/CMemoryException.h"
+#include "framework/exceptions/CSimpleException.h"
 
 namespace
 {

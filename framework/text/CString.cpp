@@ -1,7 +1,6 @@
 #include "framework/text/CString.h"
 
-#include "framework/exceptions/CInvalidArgException.h"
-#include "framework/exceptions/CMemoryException.h"
+#include "framework/exceptions/CSimpleException.h"
 #include "framework/text/CodePage.h"
 #include "framework/text/TextBytes.h"
 
@@ -18,7 +17,7 @@ struct EmptyBlock
     CStringData header;
     char chTerminator;
 };
-EmptyBlock g_empty = {{{CStringData::kUnshared}, 0, 0}, '\0'};
+EmptyBlock g_empty = {{{CStringData::kUnshared}, 0, 0}, '\0'}; // all zeros
 
 int TextLength(LPCSTR psz)
 {
@@ -136,15 +135,6 @@ CString::CString(LPCSTR psz) : CString(psz, TextLength(psz))
 CString::CString(const char* pch, int nLength) : CString()
 {
     SetString(pch, nLength);
-}
-
-CString::CString(char ch, int nRepeat) : CString()
-{
-    if (nRepeat > 0)
-    {
-        m_pszData = Allocate(nRepeat)->data();
-        std::memset(m_pszData, static_cast<unsigned char>(ch), static_cast<std::size_t>(nRepeat));
-    }
 }
 
 // NOLINTNEXTLINE(bugprone-unhandled-self-assignment): one block is compared with the other
@@ -273,11 +263,6 @@ void CString::ReleaseBuffer(int nNewLength)
         SetLength(nNewLength);
 }
 
-int CString::Compare(LPCSTR psz) const noexcept
-{
-    return std::strcmp(m_pszData, psz != nullptr ? psz : "");
-}
-
 CString CString::Mid(int iFirst) const
 {
     return Mid(iFirst, GetLength());
@@ -303,13 +288,6 @@ CString CString::Left(int nCount) const
     return Mid(0, nCount);
 }
 
-CString CString::Right(int nCount) const
-{
-    if (nCount < 0)
-        nCount = 0;
-    return Mid(GetLength() - nCount, nCount);
-}
-
 int CString::Find(char ch, int iStart) const noexcept
 {
     if (iStart < 0 || iStart > GetLength())
@@ -321,18 +299,6 @@ int CString::Find(char ch, int iStart) const noexcept
             return static_cast<int>(p - m_pszData);
     }
     return -1;
-}
-
-int CString::Find(LPCSTR pszSub, int iStart) const noexcept
-{
-    if (pszSub == nullptr || iStart < 0 || iStart > GetLength())
-        return -1;
-    const std::size_t cbSub = std::strlen(pszSub);
-    if (cbSub > static_cast<std::size_t>(GetLength()))
-        return -1;
-    const char* const pFound =
-        FindText(m_pszData + iStart, m_pszData + GetLength(), pszSub, static_cast<int>(cbSub));
-    return pFound == nullptr ? -1 : static_cast<int>(pFound - m_pszData);
 }
 
 int CString::ReverseFind(char ch) const noexcept
@@ -433,14 +399,4 @@ CString operator+(const CString& str1, LPCSTR psz2)
 CString operator+(LPCSTR psz1, const CString& str2)
 {
     return CString(psz1) += str2;
-}
-
-CString operator+(const CString& str1, char ch2)
-{
-    return CString(str1) += ch2;
-}
-
-CString operator+(char ch1, const CString& str2)
-{
-    return CString(ch1) += str2;
 }

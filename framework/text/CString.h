@@ -20,7 +20,7 @@ struct CStringData
     int nDataLength;  // bytes in use, without the terminator
     int nAllocLength; // bytes that fit, without the terminator
 
-    static constexpr int kUnshared = -1;
+    static constexpr int kUnshared = 0;
 
     char* data() noexcept { return reinterpret_cast<char*>(this + 1); }
 };
@@ -32,7 +32,6 @@ public:
     CString(const CString& strSrc);
     CString(LPCSTR psz);
     CString(const char* pch, int nLength);
-    explicit CString(char ch, int nRepeat = 1);
     ~CString() { Release(); }
 
     CString& operator=(const CString& strSrc);
@@ -52,23 +51,18 @@ public:
     // The byte at an index; the terminator may be asked for too. Any other index throws
     // CInvalidArgException.
     char GetAt(int iChar) const;
-    char operator[](int iChar) const { return GetAt(iChar); }
 
     // A buffer of at least nMinBufferLength bytes and a terminator, writable until ReleaseBuffer
     // says how many bytes it holds (-1: up to the first zero).
     LPSTR GetBuffer(int nMinBufferLength);
     void ReleaseBuffer(int nNewLength = -1);
 
-    int Compare(LPCSTR psz) const noexcept;
-
     CString Mid(int iFirst) const;
     CString Mid(int iFirst, int nCount) const;
     CString Left(int nCount) const;
-    CString Right(int nCount) const;
 
     // Index of the first match at or after iStart, or -1.
     int Find(char ch, int iStart = 0) const noexcept;
-    int Find(LPCSTR pszSub, int iStart = 0) const noexcept;
     // Index of the last match, or -1.
     int ReverseFind(char ch) const noexcept;
 
@@ -106,81 +100,6 @@ private:
     char* m_pszData; // the characters of a CStringData
 };
 
-inline bool operator==(const CString& str1, LPCSTR psz2) noexcept
-{
-    return str1.Compare(psz2) == 0;
-}
-inline bool operator!=(const CString& str1, LPCSTR psz2) noexcept
-{
-    return str1.Compare(psz2) != 0;
-}
-inline bool operator<(const CString& str1, LPCSTR psz2) noexcept
-{
-    return str1.Compare(psz2) < 0;
-}
-inline bool operator>(const CString& str1, LPCSTR psz2) noexcept
-{
-    return str1.Compare(psz2) > 0;
-}
-inline bool operator<=(const CString& str1, LPCSTR psz2) noexcept
-{
-    return str1.Compare(psz2) <= 0;
-}
-inline bool operator>=(const CString& str1, LPCSTR psz2) noexcept
-{
-    return str1.Compare(psz2) >= 0;
-}
-inline bool operator==(const CString& str1, const CString& str2) noexcept
-{
-    return str1.Compare(str2) == 0;
-}
-inline bool operator!=(const CString& str1, const CString& str2) noexcept
-{
-    return str1.Compare(str2) != 0;
-}
-inline bool operator<(const CString& str1, const CString& str2) noexcept
-{
-    return str1.Compare(str2) < 0;
-}
-inline bool operator>(const CString& str1, const CString& str2) noexcept
-{
-    return str1.Compare(str2) > 0;
-}
-inline bool operator<=(const CString& str1, const CString& str2) noexcept
-{
-    return str1.Compare(str2) <= 0;
-}
-inline bool operator>=(const CString& str1, const CString& str2) noexcept
-{
-    return str1.Compare(str2) >= 0;
-}
-inline bool operator==(LPCSTR psz1, const CString& str2) noexcept
-{
-    return str2.Compare(psz1) == 0;
-}
-inline bool operator!=(LPCSTR psz1, const CString& str2) noexcept
-{
-    return str2.Compare(psz1) != 0;
-}
-inline bool operator<(LPCSTR psz1, const CString& str2) noexcept
-{
-    return str2.Compare(psz1) > 0;
-}
-inline bool operator>(LPCSTR psz1, const CString& str2) noexcept
-{
-    return str2.Compare(psz1) < 0;
-}
-inline bool operator<=(LPCSTR psz1, const CString& str2) noexcept
-{
-    return str2.Compare(psz1) >= 0;
-}
-inline bool operator>=(LPCSTR psz1, const CString& str2) noexcept
-{
-    return str2.Compare(psz1) <= 0;
-}
-
 CString operator+(const CString& str1, const CString& str2);
 CString operator+(const CString& str1, LPCSTR psz2);
 CString operator+(LPCSTR psz1, const CString& str2);
-CString operator+(const CString& str1, char ch2);
-CString operator+(char ch1, const CString& str2);

@@ -42,16 +42,8 @@ TEST(CFileFlags, HaveTheDocumentedValues)
 {
     EXPECT_EQ(CFile::modeRead, 0x0000U);
     EXPECT_EQ(CFile::modeWrite, 0x0001U);
-    EXPECT_EQ(CFile::modeReadWrite, 0x0002U);
-    EXPECT_EQ(CFile::shareCompat, 0x0000U);
     EXPECT_EQ(CFile::shareExclusive, 0x0010U);
-    EXPECT_EQ(CFile::shareDenyWrite, 0x0020U);
-    EXPECT_EQ(CFile::shareDenyRead, 0x0030U);
-    EXPECT_EQ(CFile::shareDenyNone, 0x0040U);
-    EXPECT_EQ(CFile::modeNoInherit, 0x0080U);
     EXPECT_EQ(CFile::modeCreate, 0x1000U);
-    EXPECT_EQ(CFile::modeNoTruncate, 0x2000U);
-    EXPECT_EQ(CFile::typeBinary, 0x8000U);
 }
 
 class CFileTest : public testing::Test
@@ -72,7 +64,7 @@ TEST_F(CFileTest, WritesRawBytes)
     EXPECT_EQ(ReadBytes(m_path), EveryByte() + "more");
 }
 
-TEST_F(CFileTest, TruncatesAnExistingFileUnlessToldNotTo)
+TEST_F(CFileTest, TruncatesAnExistingFileThatItIsToCreate)
 {
     WriteBytes(m_path, "a long text that was there before");
     CFile file;
@@ -80,14 +72,10 @@ TEST_F(CFileTest, TruncatesAnExistingFileUnlessToldNotTo)
     Write(file, "new");
     file.Close();
     EXPECT_EQ(ReadBytes(m_path), "new");
-    ASSERT_TRUE(file.Open(m_path.c_str(), kCreate | CFile::modeNoTruncate));
-    Write(file, "N");
-    file.Close();
-    EXPECT_EQ(ReadBytes(m_path), "New");
     // Without the create flag an existing file is needed, and kept.
     ASSERT_TRUE(file.Open(m_path.c_str(), CFile::modeWrite));
     file.Close();
-    EXPECT_EQ(ReadBytes(m_path), "New");
+    EXPECT_EQ(ReadBytes(m_path), "new");
     EXPECT_FALSE(file.Open((m_folder / "none").c_str(), CFile::modeWrite));
     EXPECT_FALSE(Exists(m_folder / "none"));
 }
@@ -105,50 +93,31 @@ TEST_F(CFileTest, OpensWithTheAccessThatIsAskedFor)
     ASSERT_TRUE(file.Open(m_path.c_str(), CFile::modeWrite));
     EXPECT_FALSE(::ReadFile(file.m_hFile, &chRead, 1, &cb, nullptr));
     file.Close();
-    ASSERT_TRUE(file.Open(m_path.c_str(), CFile::modeReadWrite));
-    EXPECT_TRUE(::ReadFile(file.m_hFile, &chRead, 1, &cb, nullptr));
-    Write(file, "E");
-    file.Close();
-    EXPECT_EQ(ReadBytes(m_path), "tExt");
 }
 
-TEST_F(CFileTest, SharesTheFileAsTheFlagsSay)
+TEST_F(CFileTest, SharesTheFileWithNobody)
 {
     WriteBytes(m_path, "text");
-    const struct
+    for (const UINT nAccess : {UINT{CFile::modeRead}, UINT{CFile::modeWrite}})
     {
-        UINT nShare;
-        bool bOthersRead;
-        bool bOthersWrite;
-    } cases[] = {{CFile::shareExclusive, false, false},
-                 {CFile::shareCompat, false, false},
-                 {CFile::shareDenyWrite, true, false},
-                 {CFile::shareDenyRead, false, true},
-                 {CFile::shareDenyNone, true, true}};
-    for (const auto& each : cases)
-    {
-        SCOPED_TRACE(each.nShare);
+        SCOPED_TRACE(nAccess);
         CFile file;
-        ASSERT_TRUE(file.Open(m_path.c_str(), CFile::modeReadWrite | each.nShare));
-        const DWORD nDenied = ERROR_SHARING_VIOLATION;
-        EXPECT_EQ(ErrorForOthers(m_path, GENERIC_READ), each.bOthersRead ? 0 : nDenied);
-        EXPECT_EQ(ErrorForOthers(m_path, GENERIC_WRITE), each.bOthersWrite ? 0 : nDenied);
+        ASSERT_TRUE(file.Open(m_path.c_str(), nAccess | CFile::shareExclusive));
+        EXPECT_EQ(ErrorForOthers(m_path, GENERIC_READ), DWORD{ERROR_SHARING_VIOLATION});
+        EXPECT_EQ(ErrorForOthers(m_path, GENERIC_WRITE), DWORD{ERROR_SHARING_VIOLATION});
         file.Close();
         EXPECT_EQ(ErrorForOthers(m_path, GENERIC_READ), 0U);
         EXPECT_EQ(ErrorForOthers(m_path, GENERIC_WRITE), 0U);
     }
 }
 
-TEST_F(CFileTest, LetsChildProcessesInheritTheHandleUnlessToldNotTo)
+TEST_F(CFileTest, LetsChildProcessesInheritTheHandle)
 {
-    for (const UINT nFlag : {0U, UINT{CFile::modeNoInherit}})
-    {
-        CFile file;
-        ASSERT_TRUE(file.Open(m_path.c_str(), kCreate | nFlag));
-        DWORD nFlags = 0;
-        ASSERT_TRUE(::GetHandleInformation(file.m_hFile, &nFlags));
-        EXPECT_EQ(nFlags & HANDLE_FLAG_INHERIT, nFlag == 0 ? DWORD{HANDLE_FLAG_INHERIT} : 0U);
-    }
+    CFile file;
+    ASSERT_TRUE(file.Open(m_path.c_str(), kCreate));
+    DWORD nFlags = 0;
+    ASSERT_TRUE(::GetHandleInformation(file.m_hFile, &nFlags));
+    EXPECT_EQ(nFlags & HANDLE_FLAG_INHERIT, DWORD{HANDLE_FLAG_INHERIT});
 }
 
 TEST_F(CFileTest, TellsTheExceptionObjectWhyItCouldNotBeOpened)

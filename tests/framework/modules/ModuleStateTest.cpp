@@ -258,8 +258,8 @@ TEST(ThreadState, IsGivenBackByAThreadThatEnds)
         {
             HANDLE const hThread = ::CreateThread(
                 nullptr, 0,
-                [](LPVOID /*pParameter*/) -> DWORD { return AfxGetThreadState() != nullptr; },
-                nullptr, 0, nullptr);
+                [](LPVOID /*pParameter*/) -> DWORD { return GetThreadState() != nullptr; }, nullptr,
+                0, nullptr);
             ASSERT_EQ(::WaitForSingleObject(hThread, 60000), WAIT_OBJECT_0);
             DWORD nMade = FALSE;
             ASSERT_TRUE(::GetExitCodeThread(hThread, &nMade) && nMade != FALSE);

@@ -132,5 +132,5 @@ TEST(CStringReplace, MakesNoTextOfINT_MAXBytesOrMore)
     const std::string part(1 << 15, 'b');
     CString str(old.c_str());
     EXPECT_TRUE(ThrowsMemoryException([&] { str.Replace("a", part.c_str()); }));
-    EXPECT_TRUE(str == old.c_str());
+    EXPECT_STREQ(str, old.c_str());
 }

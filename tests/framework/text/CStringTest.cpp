@@ -83,11 +83,6 @@ TEST(CString, TakesANullPointerForTheEmptyString)
     EXPECT_STREQ(str, "text");
     EXPECT_STREQ(str + NullText(), "text");
     EXPECT_STREQ(NullText() + str, "text");
-    EXPECT_FALSE(str == NullText());
-    EXPECT_TRUE(CString() == NullText());
-    EXPECT_TRUE(NullText() == CString());
-    EXPECT_GT(str.Compare(nullptr), 0);
-    EXPECT_EQ(str.Find(NullText()), -1);
     EXPECT_EQ(str.Replace(NullText(), "x"), 0);
     EXPECT_EQ(str.Replace("t", NullText()), 2);
     EXPECT_STREQ(str, "ex");
@@ -102,11 +97,6 @@ TEST(CString, KeepsTheTextThatItWasMadeFrom)
     EXPECT_EQ(str.GetLength(), 6);
     EXPECT_STREQ(CString("abcdef", 3), "abc");
     EXPECT_EQ(Bytes(CString("a\0b", 3)), std::string("a\0b", 3));
-    EXPECT_STREQ(CString('x'), "x");
-    EXPECT_STREQ(CString('x', 3), "xxx");
-    EXPECT_STREQ(CString('x', 0), "");
-    EXPECT_STREQ(CString('x', -1), "");
-    EXPECT_EQ(Bytes(CString('\xFF', 2)), "\xFF\xFF");
 }
 
 TEST(CString, IsAValue)
@@ -206,39 +196,13 @@ TEST(CString, ReplacesByTextsOfItsOwn)
     EXPECT_STREQ(str, "ab-ab-ab-ab-ab-ab-ab-ab-ab");
 }
 
-TEST(CString, ComparesByteByByteAsUnsigned)
-{
-    EXPECT_EQ(CString("abc").Compare("abc"), 0);
-    EXPECT_LT(CString("abc").Compare("abd"), 0);
-    EXPECT_GT(CString("abc").Compare("ab"), 0);
-    EXPECT_GT(CString("\xE9").Compare("z"), 0);
-    EXPECT_LT(CString("A").Compare("a"), 0);
-
-    const CString strA("a");
-    const CString strB("b");
-    EXPECT_TRUE(strA == "a" && "a" == strA && strA == CString("a"));
-    EXPECT_FALSE(strA == strB || strA == "b" || "b" == strA);
-    EXPECT_TRUE(strA != "b" && "b" != strA && strA != strB);
-    EXPECT_FALSE(strA != "a" || "a" != strA || strA != CString(strA));
-    EXPECT_TRUE(strA < strB && strA < "b" && "a" < strB);
-    EXPECT_FALSE(strA < strA || strA < "a" || "b" < strA);
-    EXPECT_TRUE(strB > strA && strB > "a" && "b" > strA);
-    EXPECT_FALSE(strB > strB || strA > "b" || "a" > strB);
-    EXPECT_TRUE(strA <= strB && strA <= "a" && "a" <= strA);
-    EXPECT_FALSE(strB <= strA || strB <= "a" || "b" <= strA);
-    EXPECT_TRUE(strB >= strA && strB >= "b" && "b" >= strB);
-    EXPECT_FALSE(strA >= strB || strA >= "b" || "a" >= strB);
-}
-
-TEST(CString, ConcatenatesStringsTextsAndCharacters)
+TEST(CString, ConcatenatesStringsAndTexts)
 {
     const CString str("b");
     EXPECT_STREQ(str + CString("c"), "bc");
     EXPECT_STREQ(str + "c", "bc");
     EXPECT_STREQ("a" + str, "ab");
-    EXPECT_STREQ(str + 'c', "bc");
-    EXPECT_STREQ('a' + str, "ab");
-    EXPECT_STREQ("a" + str + 'c' + "d" + str, "abcdb");
+    EXPECT_STREQ("a" + str + "cd" + str, "abcdb");
     EXPECT_STREQ(str, "b");
     EXPECT_STREQ(CString() + "" + CString(), "");
 }
@@ -266,9 +230,7 @@ TEST(CString, CutsPiecesThatLieInside)
     EXPECT_STREQ(str.Mid(0), "0123456789");
     EXPECT_STREQ(str.Mid(9), "9");
     EXPECT_STREQ(str.Left(4), "0123");
-    EXPECT_STREQ(str.Right(4), "6789");
     EXPECT_STREQ(str.Left(10), "0123456789");
-    EXPECT_STREQ(str.Right(10), "0123456789");
 }
 
 TEST(CString, CutsPiecesThatReachOutsideToWhatIsThere)
@@ -288,22 +250,16 @@ TEST(CString, CutsPiecesThatReachOutsideToWhatIsThere)
     EXPECT_STREQ(str.Left(0), "");
     EXPECT_STREQ(str.Left(11), "0123456789");
     EXPECT_STREQ(str.Left(INT_MIN), "");
-    EXPECT_STREQ(str.Right(-1), "");
-    EXPECT_STREQ(str.Right(0), "");
-    EXPECT_STREQ(str.Right(11), "0123456789");
-    EXPECT_STREQ(str.Right(INT_MAX), "0123456789");
-    EXPECT_STREQ(str.Right(INT_MIN), "");
     EXPECT_STREQ(CString().Mid(0), "");
     EXPECT_STREQ(CString().Left(1), "");
-    EXPECT_STREQ(CString().Right(1), "");
 }
 
 TEST(CString, GivesItsBytesAndItsTerminatorByIndex)
 {
     const CString str("ab\xE9");
     EXPECT_EQ(str.GetAt(0), 'a');
-    EXPECT_EQ(str[1], 'b');
-    EXPECT_EQ(str[2], '\xE9');
+    EXPECT_EQ(str.GetAt(1), 'b');
+    EXPECT_EQ(str.GetAt(2), '\xE9');
     EXPECT_EQ(str.GetAt(3), '\0');
     EXPECT_EQ(CString().GetAt(0), '\0');
 }
@@ -325,29 +281,22 @@ TEST(CString, ThrowsTheInvalidArgumentExceptionForAnIndexOutOfBounds)
             pException->Delete();
         }
         EXPECT_NE(pCaught, nullptr);
-        EXPECT_THROW(str[iChar], CInvalidArgException*);
-        EXPECT_THROW(CString()[iChar], CException*);
+        EXPECT_THROW(str.GetAt(iChar), CInvalidArgException*);
+        EXPECT_THROW(CString().GetAt(iChar), CException*);
     }
 }
 
-TEST(CString, FindsCharactersAndTexts)
+TEST(CString, FindsCharacters)
 {
     const CString str("one two one");
     EXPECT_EQ(str.Find('o'), 0);
     EXPECT_EQ(str.Find('o', 1), 6);
     EXPECT_EQ(str.Find('e', 10), 10);
     EXPECT_EQ(str.Find('x'), -1);
-    EXPECT_EQ(str.Find("one"), 0);
-    EXPECT_EQ(str.Find("one", 1), 8);
-    EXPECT_EQ(str.Find("one", 9), -1);
-    EXPECT_EQ(str.Find("one two one"), 0);
-    EXPECT_EQ(str.Find("one two one!"), -1);
-    EXPECT_EQ(str.Find(""), 0);
     EXPECT_EQ(str.ReverseFind('o'), 8);
     EXPECT_EQ(str.ReverseFind('t'), 4);
     EXPECT_EQ(str.ReverseFind('x'), -1);
     EXPECT_EQ(CString().Find('x'), -1);
-    EXPECT_EQ(CString().Find("x"), -1);
     EXPECT_EQ(CString().ReverseFind('x'), -1);
 }
 
@@ -357,10 +306,8 @@ TEST(CString, FindsNothingFromAStartOutside)
     for (const int iStart : {-1, 4, INT_MAX, INT_MIN})
     {
         EXPECT_EQ(str.Find('a', iStart), -1);
-        EXPECT_EQ(str.Find("a", iStart), -1);
     }
     EXPECT_EQ(str.Find('c', 3), -1);
-    EXPECT_EQ(str.Find("c", 3), -1);
 }
 
 TEST(CString, ReplacesEveryMatchAndCountsThem)
@@ -465,9 +412,6 @@ TEST_F(CStringCharacters, FindTakesNoTrailByteForABackslash)
     const CString str(CString("x\\") + kHyou + "y");
     EXPECT_EQ(str.Find('\\'), 1);
     EXPECT_EQ(str.Find('\\', 2), IsJapanese() ? -1 : 3);
-    EXPECT_EQ(str.Find("\\", 2), IsJapanese() ? -1 : 3);
-    EXPECT_EQ(str.Find("\\y"), IsJapanese() ? -1 : 3);
-    EXPECT_EQ(str.Find(kHyou), 2);
     EXPECT_EQ(str.Find('y'), 4);
     EXPECT_EQ(CString(kPo).Find('|'), IsJapanese() ? -1 : 1);
 }
@@ -506,7 +450,6 @@ TEST_F(CStringCharacters, HalfACharacterMatchesNothing)
 {
     CString str(CString(kHyou) + "a");
     EXPECT_EQ(str.Find('\x95'), IsJapanese() ? -1 : 0);
-    EXPECT_EQ(str.Find("\x95"), IsJapanese() ? -1 : 0);
     EXPECT_EQ(str.ReverseFind('\x95'), IsJapanese() ? -1 : 0);
     EXPECT_EQ(str.Replace('\x95', 'x'), IsJapanese() ? 0 : 1);
     str = CString(kHyou) + "a";
@@ -587,7 +530,6 @@ TEST_F(CStringCharacters, SearchesAndReplacesAsACharacterByCharacterModelDoes)
         SCOPED_TRACE(testing::Message()
                      << testing::PrintToString(text) << " " << testing::PrintToString(sub));
         CString str(text.c_str());
-        ASSERT_EQ(str.Find(sub.c_str()), searched.matches.empty() ? -1 : searched.matches[0]);
         ASSERT_EQ(str.Find(sub[0]), single.matches.empty() ? -1 : single.matches[0]);
         ASSERT_EQ(str.ReverseFind(sub[0]), single.matches.empty() ? -1 : single.matches.back());
         ASSERT_EQ(str.Replace(sub.c_str(), by.c_str()), static_cast<int>(searched.matches.size()));
