@@ -1,10 +1,12 @@
 #include "tarntool/Commands.h"
 
+#include "tarntool/Options.h"
+
 #include <cwchar>
 
 namespace
 {
-using R = Request;
+using R = Options;
 
 constexpr int kAnyNumber = 0x7FFFFFFF;
 

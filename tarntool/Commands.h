@@ -1,7 +1,9 @@
 // The commands. Each is a file of its own.
 #pragma once
 
-#include "tarntool/Request.h"
+#include <afx.h>
+
+class Request;
 
 // Does what is asked for and returns the exit code. Throws Failure.
 using CommandProc = UINT (*)(const Request& request);
@@ -11,7 +13,7 @@ struct Command
     LPCWSTR pszName;
     int nMinOperands;
     int nMaxOperands;
-    UINT nOptions; // bits of Request::Option
+    UINT nOptions; // bits of Options::Option
     bool bTail;    // takes a line behind --
     LPCSTR pszNeeds;
     CommandProc pfnRun;

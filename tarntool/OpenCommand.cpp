@@ -9,6 +9,7 @@
 #include "tarntool/Output.h"
 #include "tarntool/ParentGuard.h"
 #include "tarntool/ParentWindow.h"
+#include "tarntool/Request.h"
 #include "tarntool/Text.h"
 
 #include "runtime/SystemLibrary.h"

@@ -6,6 +6,7 @@
 #include "tarntool/Output.h"
 #include "tarntool/ParentGuard.h"
 #include "tarntool/ParentWindow.h"
+#include "tarntool/Request.h"
 #include "tarntool/StartedProgram.h"
 #include "tarntool/Text.h"
 

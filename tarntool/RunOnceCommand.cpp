@@ -2,6 +2,7 @@
 #include "tarntool/Commands.h"
 #include "tarntool/Failure.h"
 #include "tarntool/Output.h"
+#include "tarntool/Request.h"
 #include "tarntool/Text.h"
 
 #include <tarn.h>

@@ -5,6 +5,7 @@
 #include "tarntool/Output.h"
 #include "tarntool/ParentWindow.h"
 #include "tarntool/PrivateCopy.h"
+#include "tarntool/Request.h"
 #include "tarntool/Text.h"
 #include "tarntool/WaitName.h"
 

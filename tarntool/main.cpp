@@ -4,6 +4,7 @@
 #include "tarntool/Failure.h"
 #include "tarntool/InnerRoles.h"
 #include "tarntool/Output.h"
+#include "tarntool/Request.h"
 #include "tarntool/Text.h"
 
 namespace
