@@ -1,6 +1,7 @@
 #!/bin/bash
-# installers.sh ROOT - runs the tests of the installers, with the Wine of the system in the folder ROOT, as root
-# and where what it mounts and starts ends with it (debian_root_alone). Of ./dev installers.
+# installers.sh ROOT [REGEX] - runs the tests of the installers, or those whose names match, with the Wine of
+# the system in the folder ROOT; as root, and where what it mounts and starts ends with it (debian_root_alone).
+# Of ./dev installers.
 set -eu -o pipefail
 cd "$(dirname "$0")/.."
 root=$1
@@ -21,4 +22,5 @@ done
 export PATH=$folder/bin:$PATH TARN_NODE=$folder
 windows_folder=${folder//\//\\}
 export TARN_ISCC=Z:$windows_folder\\node_modules\\innosetup\\bin\\ISCC.exe
-ctest --test-dir build/release --output-on-failure --no-tests=error -L '^installers$'
+ctest --test-dir build/release --output-on-failure --no-tests=error -L '^installers$' \
+    ${2:+-R "$2"}

@@ -48,6 +48,7 @@ make_node() {
     ln -sfn "$TARN_NODE/node_modules" "$work/node_modules"
     # Node asks for the version of Windows, and Wine says that it is 7.
     export NODE_SKIP_PLATFORM_CHECK=1
+    unset NODE_EXTRA_CA_CERTS NODE_OPTIONS # this machine's, if any
     client=("$node" "$(windows "$work/setup.js")")
 }
 

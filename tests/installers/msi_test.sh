@@ -27,7 +27,13 @@ install() { run /i "$(windows "$package")" "INSTALLFOLDER=$folder" "$@"; }
 
 # The columns of the package's table, as they are.
 table() { msiinfo export "$package" "$1" | tr -d '\r' | tail -n +4; }
-programs() { wine reg query 'HKLM\Software\Microsoft\Windows\CurrentVersion\Uninstall' /s 2> /dev/null; }
+# In both views of the registry.
+programs() {
+    local software
+    for software in Software 'Software\Wow6432Node'; do
+        wine reg query "HKLM\\$software\\Microsoft\\Windows\\CurrentVersion\\Uninstall" /s 2> /dev/null
+    done
+}
 
 traps() {
     local name type source target
@@ -45,13 +51,15 @@ traps() {
 
 # The source for later versions of WiX, which nothing here can build, runs the same program in the same way.
 other_source() {
-    local name target
+    local name target quoted
     echo 'The source for WiX 4:'
     check 'it is XML' '' python3 -c 'import sys, xml.dom.minidom; xml.dom.minidom.parse(sys.argv[1])' \
         "$samples/msi/lakeside-wix4.wxs"
     while IFS=$'\t' read -r name _ _ target _; do
+        # shellcheck disable=SC2001 # in a substitution of the shell, an ampersand would be the text itself
+        quoted=$(sed 's/"/\&quot;/g' <<< "$target")
         check "$name is the same" "$target" contains "$(tr -s ' \n' ' ' < "$samples/msi/lakeside-wix4.wxs")" \
-            "<CustomAction Id=\"$name\" BinaryRef=\"TarnTool\" ExeCommand=\"${target//\"/&quot;}\""
+            "<CustomAction Id=\"$name\" BinaryRef=\"TarnTool\" ExeCommand=\"$quoted\""
     done < <(table CustomAction)
 }
 

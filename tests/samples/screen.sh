@@ -13,8 +13,8 @@ offered= # the licence file that the Open dialog shows
 
 look() { screen=$(probe); }
 
-# shows TEXT: some window or control on the screen has exactly this text.
-shows() { grep -q $'\t'"$(quote "$1")\$" <<< "$screen"; }
+# shows TEXT: some window or control on the screen has exactly this text (and perhaps an empty line below it).
+shows() { grep -q $'\t'"$(quote "$1") *\$" <<< "$screen"; }
 # shellcheck disable=SC2001 # a bracket expression that no substitution of the shell has
 quote() { sed 's/[][\.*^$]/\\&/g' <<< "$1"; }
 

@@ -1,5 +1,6 @@
 # shellcheck shell=bash
-# installers     builds and runs whole installers of other technologies: NSIS and Inno Setup as 32-bit
+# installers [REGEX]
+#                builds and runs whole installers of other technologies: NSIS and Inno Setup as 32-bit
 #                programs, in a Wine of their own that is thrown away afterwards, and Windows Installer;
 #                and clients in Go, Rust and Node.js
 . tools/debian-root.sh
@@ -20,7 +21,7 @@ make_wine() {
 say 'Making a system with a 32-bit Wine, meanwhile:'
 make_wine &
 wine_made=$!
-trap 'kill $wine_made 2> /dev/null; wait; debian_root_remove "$root"' EXIT
+trap 'kill $wine_made 2> /dev/null || true; wait; debian_root_remove "$root"' EXIT
 trap 'exit 130' INT TERM HUP
 say "Inno Setup's compiler, Node.js for Windows and its library for foreign functions"
 # What they install is made for another system, which npm would refuse.
@@ -31,6 +32,6 @@ build release tarn tarntool tarn_kit
 wait $wine_made || fail "no 32-bit Wine: see $root.log"
 say 'Running'
 rc=0
-debian_root_alone bash tools/installers.sh "$root" || rc=$?
+debian_root_alone bash tools/installers.sh "$root" ${1:+"$1"} || rc=$?
 as_root chown -R "$(id -u):$(id -g)" build/release build/installers
 [ $rc = 0 ] || fail 'see above'
