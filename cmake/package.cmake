@@ -64,7 +64,7 @@ install(FILES
 install(FILES ${PROJECT_BINARY_DIR}/tarn.pc DESTINATION lib/pkgconfig)
 install(FILES nsis/tarn.nsh nsis/tarn-fault.nsh nsis/tarntool.nsh DESTINATION nsis)
 install(FILES samples/c/CMakeLists.txt samples/c/setup.c DESTINATION samples/c)
-install(FILES samples/cpp/CMakeLists.txt samples/cpp/tarntool.cpp DESTINATION samples/cpp)
+install(FILES samples/cpp/CMakeLists.txt samples/cpp/loader.cpp DESTINATION samples/cpp)
 install(FILES samples/nsis/minimal.nsi DESTINATION samples/nsis)
 install(FILES samples/wizard/wizard.nsi DESTINATION samples/wizard)
 install(FILES samples/inno/lakeside.iss samples/inno/tarntool.iss DESTINATION samples/inno)

@@ -114,7 +114,7 @@ check 'C: the system names it, too' holds err 'library tarn.dll'
 export WINEDEBUG=-all
 
 # ---- C++, loading the library
-tool=cpp/tarntool.exe
+tool=cpp/loader.exe
 check 'C++: accepts an address' run 0 $tool check '  joe@example.org '
 check 'C++: shows it trimmed' same "$(cat out)" 'accepted: joe@example.org'
 check 'C++: refuses an address' run 2 $tool check joe@example
@@ -136,7 +136,7 @@ check 'C++: as it was given' holds out 'notepad.exe "a b"'
 run 0 reg delete "$run_once" /v TarnKitTest /f > /dev/null
 check 'C++: shows the wait window' run 0 $tool wait 200 'One moment'
 check 'C++: no arguments' run 1 $tool
-check 'C++: shows how to call it' holds err 'usage: tarntool'
+check 'C++: shows how to call it' holds err 'usage: loader'
 
 # Not usable: no crash, the file, and why.
 unusable() {
@@ -201,7 +201,7 @@ no_host() {
 }
 check 'C: a 32-bit host is refused when it is compiled' no_host i686-w64-mingw32 c/setup.c
 check 'C: so is one for ARM' no_host aarch64-w64-mingw32 c/setup.c
-check 'C++: a 32-bit host is refused when it is compiled' no_host i686-w64-mingw32 cpp/tarntool.cpp
+check 'C++: a 32-bit host is refused when it is compiled' no_host i686-w64-mingw32 cpp/loader.cpp
 sed 's/^Target amd64-unicode/Target x86-unicode/' "$put_away/samples/nsis/minimal.nsi" \
     > "$put_away/samples/nsis/x86.nsi"
 no_nsis_host() {

@@ -39,7 +39,7 @@ check 'it holds exactly these files' same "$(cd "$kit" && find . -type f ! -path
 ./samples/c/CMakeLists.txt
 ./samples/c/setup.c
 ./samples/cpp/CMakeLists.txt
-./samples/cpp/tarntool.cpp
+./samples/cpp/loader.cpp
 ./samples/csharp/Tarn.cs
 ./samples/delphi/Tarn.pas
 ./samples/go/go.mod

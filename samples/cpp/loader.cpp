@@ -1,6 +1,6 @@
-// tarntool.cpp - the library's functions on the command line, loaded when the program runs.
+// loader.cpp - the library's functions on the command line, loaded when the program runs.
 //
-//   tarntool [--library FILE] COMMAND
+//   loader [--library FILE] COMMAND
 //
 //   check ADDRESS              checks an e-mail address
 //   copy FOLDER FILE...        copies files into an existing folder
@@ -190,7 +190,7 @@ bool Copy(const Tarn& tarn, std::string folder, const std::vector<std::string>& 
     {
         if (tarn.FileCopy(file.c_str(), folder.c_str()) != 1)
         {
-            std::fprintf(stderr, "tarntool: cannot copy %s to %s\n", file.c_str(), folder.c_str());
+            std::fprintf(stderr, "loader: cannot copy %s to %s\n", file.c_str(), folder.c_str());
             return false;
         }
         std::printf("copied %s\n", file.c_str());
@@ -240,7 +240,7 @@ bool Run(const Tarn& tarn, const std::vector<std::string>& arguments)
         return Wait(tarn, std::strtoul(arguments[1].c_str(), nullptr, 10), arguments[2]);
     if (command == "open" && arguments.size() == 2)
         return Open(tarn, arguments[1]);
-    throw UsageError("usage: tarntool [--library FILE] check ADDRESS | copy FOLDER FILE... |\n"
+    throw UsageError("usage: loader [--library FILE] check ADDRESS | copy FOLDER FILE... |\n"
                      "       config FOLDER | runonce NAME COMMAND | wait MILLISECONDS TEXT |\n"
                      "       open TITLE");
 }
@@ -268,7 +268,7 @@ int main(int argc, char** argv)
     }
     catch (const std::exception& error)
     {
-        std::fprintf(stderr, "tarntool: %s\n", error.what());
+        std::fprintf(stderr, "loader: %s\n", error.what());
         return 3;
     }
 }
