@@ -20,13 +20,16 @@ BOOL CALLBACK FindBox(HWND hWnd, LPARAM lParam)
     return FALSE;
 }
 
-std::string TextOf(HWND hWnd)
+// Adds to the text; false when the window does not answer, which on a busy machine it may do later.
+bool AddTextOf(HWND hWnd, std::string& text)
 {
     char szText[2048] = "";
     DWORD_PTR nResult = 0;
-    ::SendMessageTimeoutA(hWnd, WM_GETTEXT, sizeof(szText), reinterpret_cast<LPARAM>(szText),
-                          SMTO_ABORTIFHUNG, kAnswerMilliseconds, &nResult);
-    return szText;
+    if (::SendMessageTimeoutA(hWnd, WM_GETTEXT, sizeof(szText), reinterpret_cast<LPARAM>(szText),
+                              SMTO_ABORTIFHUNG, kAnswerMilliseconds, &nResult) == 0)
+        return false;
+    text += szText;
+    return true;
 }
 
 struct Parts
@@ -34,6 +37,7 @@ struct Parts
     HWND hButton;
     int nButtons;
     std::string text;
+    bool bAnswered;
 };
 
 // By class: the system's number for the text control is not the same everywhere.
@@ -48,7 +52,7 @@ BOOL CALLBACK CollectPart(HWND hWnd, LPARAM lParam)
         ++parts.nButtons;
     }
     if (::lstrcmpiA(szClass, "Static") == 0)
-        parts.text += TextOf(hWnd);
+        parts.bAnswered = AddTextOf(hWnd, parts.text) && parts.bAnswered;
     return TRUE;
 }
 } // namespace
@@ -93,11 +97,12 @@ void MessageBoxDriver::Watch()
                 hAnswered = nullptr;
             continue;
         }
-        Parts parts = {nullptr, 0, ""};
+        Parts parts = {nullptr, 0, "", true};
+        std::string caption;
         ::EnumChildWindows(hBox, &CollectPart, reinterpret_cast<LPARAM>(&parts));
-        if (parts.hButton == nullptr)
+        if (parts.hButton == nullptr || !parts.bAnswered || !AddTextOf(hBox, caption))
             continue;
-        m_boxes.push_back({TextOf(hBox), parts.text, parts.nButtons});
+        m_boxes.push_back({caption, parts.text, parts.nButtons});
         hAnswered = hBox;
         ::PostMessageA(hBox, WM_COMMAND, MAKEWPARAM(::GetDlgCtrlID(parts.hButton), BN_CLICKED),
                        reinterpret_cast<LPARAM>(parts.hButton));

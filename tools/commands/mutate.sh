@@ -1,4 +1,4 @@
 # shellcheck shell=bash
 # mutate [FOLDER|FILE]... [--max COUNT]
 #                breaks the library in small ways, one at a time: does a test fail?
-tools/mutate.py "$@"
+python3 -B tools/mutate "$@"

@@ -126,6 +126,20 @@ TEST_F(CStringLimits, NoTextIsAppendedThatMakesItINT_MAXBytes)
     EXPECT_STREQ(str, "before");
 }
 
+// Half of the six bytes that are there.
+TEST_F(CStringLimits, RoomToGrowIsAskedForAsLongAsItFitsAsWell)
+{
+    const ImportPatch patch(::GetModuleHandleA(nullptr), "HeapAlloc",
+                            reinterpret_cast<void*>(&AllocUpTo1GB));
+    ASSERT_TRUE(patch.IsActive());
+    CString str("before");
+    EXPECT_TRUE(ThrowsMemoryException([&] { str += text.Last(INT_MAX - 1 - 3 - 6); }));
+    EXPECT_EQ(g_cbAsked, sizeof(CStringData) + INT_MAX);
+    EXPECT_TRUE(ThrowsMemoryException([&] { str += text.Last(INT_MAX - 1 - 2 - 6); }));
+    EXPECT_EQ(g_cbAsked, sizeof(CStringData) + INT_MAX - 2);
+    EXPECT_STREQ(str, "before");
+}
+
 TEST(CStringReplace, MakesNoTextOfINT_MAXBytesOrMore)
 {
     const std::string old(1 << 16, 'a');
