@@ -21,10 +21,18 @@ start_wine() {
     TARN_WINE_DIR=$PWD/build/${1:-release}/wine
     # shellcheck source=tools/wine-env.sh
     . tools/wine-env.sh
-    trap wine_stop EXIT
+    trap stop_wine EXIT
     trap 'exit 130' INT TERM HUP
     say 'Starting Wine'
     wine_start
+}
+
+# With those beside it that tests had to themselves.
+stop_wine() {
+    local dir main=$TARN_WINE_DIR
+    for dir in "$main" "$main"-[0-9]*; do
+        [ ! -d "$dir" ] || (TARN_WINE_DIR=$dir && . tools/wine-env.sh && wine_stop)
+    done
 }
 
 # run_windows PROGRAM [ARGUMENT]... - in the Wine that was started.

@@ -3,6 +3,8 @@
 #
 # Before:  TARN_WINE_DIR, an absolute path: holds the prefix, the display's number and the logs.
 #          TARN_WINE_FONTS, optional: files of the package fonts-wine that the prefix gets
+#          CTEST_RESOURCE_GROUP_0_DESKTOPS, set by ctest for a test that has a desktop to itself: the
+#          prefix is then one of a few beside TARN_WINE_DIR, which it names from now on.
 #          TARN_LOCALE, optional: decides the ANSI code page (en_US.UTF-8, the default, is 1252;
 #          ja_JP.UTF-8 is 932).
 # After:   Wine's environment is set, and
@@ -11,6 +13,13 @@
 #   wine_stop    ends every Windows program of this prefix, and the display
 
 : "${TARN_WINE_DIR:?}"
+_wine_main_dir=$TARN_WINE_DIR
+if [ -n "${CTEST_RESOURCE_GROUP_0_DESKTOPS:-}" ]; then
+    # "id:2,slots:1"
+    TARN_WINE_DIR=$TARN_WINE_DIR-${CTEST_RESOURCE_GROUP_0_DESKTOPS//[!0-9,]/}
+    TARN_WINE_DIR=${TARN_WINE_DIR%,*}
+    unset CTEST_RESOURCE_GROUP_0_DESKTOPS
+fi
 export WINEPREFIX=$TARN_WINE_DIR/prefix
 export WINEARCH=win64 WINEDEBUG=${WINEDEBUG:--all}
 export WINEDLLOVERRIDES='mscoree,mshtml=;winemenubuilder.exe=d'
@@ -106,6 +115,15 @@ _wine_prefix() {
     if [ "$(cat "$TARN_WINE_DIR/stamp" 2> /dev/null)" != "$stamp" ]; then
         [ ! -d "$WINEPREFIX" ] || wineserver -k 2> /dev/null || true
         rm -rf "$WINEPREFIX" "$TARN_WINE_DIR/stamp"
+    fi
+    if [ ! -d "$WINEPREFIX" ] && [ "$(cat "$_wine_main_dir/stamp" 2> /dev/null)" = "$stamp" ]; then
+        # The same again in a second: links to the system's files, which nobody changes, and the
+        # registry's as files of its own.
+        cp -al "$_wine_main_dir/prefix" "$WINEPREFIX.new" && rm "$WINEPREFIX.new"/*.reg &&
+            cp "$_wine_main_dir/prefix"/*.reg "$WINEPREFIX.new/" && mv "$WINEPREFIX.new" "$WINEPREFIX" &&
+            printf '%s\n' "$stamp" > "$TARN_WINE_DIR/stamp" || rm -rf "$WINEPREFIX.new"
+    fi
+    if [ "$(cat "$TARN_WINE_DIR/stamp" 2> /dev/null)" != "$stamp" ]; then
         mkdir -p "$fonts"
         _wine_fonts | xargs -0 -r cp -t "$fonts" || return
         _wine_settings > "$TARN_WINE_DIR/settings.reg"

@@ -60,6 +60,16 @@ unpack_kit() {
 
 windows_path() { printf 'Z:%s' "${1//\//\\}"; }
 
+# Where Wine keeps the drive C of the programs that run starts.
+drive_c() {
+    (
+        TARN_WINE_DIR=$build/wine
+        # shellcheck source=tools/wine-env.sh
+        . "$source_dir/tools/wine-env.sh"
+        echo "$WINEPREFIX/drive_c"
+    )
+}
+
 # run EXIT_CODE PROGRAM [ARGUMENT]... - for check; runs it under Wine and leaves the output in the files
 # out and err, without carriage returns.
 run() {

@@ -112,7 +112,7 @@ check 'another one, too' addr2line CloseWaitDlg ui/WaitDlgExports.cpp
 check 'the file was copied' cmp LICENSE target/LICENSE
 check 'the program that CMake made runs' run 0 build/hello.exe
 check 'and says the same' holds out 'us er@example.com: invalid character in email. (at 2)'
-nsis_out=$build/wine/prefix/drive_c/tarn-readme
+nsis_out=$(drive_c)/tarn-readme
 rm -rf "$nsis_out"
 check 'the installer installs' run 0 ./workbench-setup.exe /S '/D=C:\tarn-readme'
 check 'its file is there' cmp include/tarn.h "$nsis_out/docs/tarn.h"

@@ -156,7 +156,7 @@ check 'C++: without the library beside it' run 3 $tool check joe@example.org
 check 'C++: names the file' holds err "$here\\cpp\\tarn.dll: there is no such file"
 
 # ---- NSIS, in a folder without a space: Wine would put quotes around it, which NSIS does not take
-nsis_out=$build/wine/prefix/drive_c/tarn-kit-test
+nsis_out=$(drive_c)/tarn-kit-test
 rm -rf "$nsis_out"
 check 'NSIS: installs' run 0 "$minimal" /S /EMAIL=joe@example.org '/D=C:\tarn-kit-test'
 check 'NSIS: the file is there' cmp "$put_away/samples/nsis/minimal.nsi" "$nsis_out/minimal.nsi"

@@ -9,5 +9,4 @@ mkdir -p build/test
 printf 'subdirs("%s")\n' ../native ../sanitize ../release > build/test/CTestTestfile.cmake
 # Many of them wait for most of their time.
 ctest --test-dir build/test --output-on-failure --no-tests=error -LE '^installers$' \
-    -j $((2 * $(nproc))) \
-    ${1:+-R "$1"}
+    -j $((3 * $(nproc))) --resource-spec-file "$PWD/tests/desktops.json" ${1:+-R "$1"}

@@ -30,10 +30,7 @@ class Campaign:
     def __init__(self, jobs):
         self.start = time.monotonic()
         copy_tree()
-        self.suites = {"native": Suite("native", "-DTARN_VALGRIND=OFF"),
-                       "release": Suite("release", "-DTARN_LTO=OFF",
-                                        "-DCMAKE_CXX_FLAGS_RELEASE=-Os -DNDEBUG",
-                                        "-DCMAKE_EXE_LINKER_FLAGS=-s")}
+        self.suites = {}
         self.limits = {}
         self.runners = [Runner(i) for i in range(jobs)]
         self.free = queue.Queue()
@@ -44,17 +41,24 @@ class Campaign:
         self.report_file = open(WORK / "report.txt", "w", encoding="utf-8")
         self.counted = 0
 
+    def suite(self, preset):
+        """Built when it is first needed."""
+        if preset not in self.suites:
+            self.suites[preset] = Suite(preset)
+        return self.suites[preset]
+
     def first_tests(self, file):
         preset, pattern = next((preset, tests) for files, preset, tests in FIRST_TESTS
                                if re.match(files, file))
-        names = self.suites[preset].select(pattern)
+        names = self.suite(preset).select(pattern)
         if not names:
             sys.exit(f"mutate: no tests for {file}")
-        return self.suites[preset], names
+        return self.suite(preset), names
 
     def all_tests(self, file):
-        suite = self.suites["native" if re.fullmatch(NATIVE_ONLY, file) else "release"]
-        return suite, suite.select(".*" if suite is self.suites["native"] else ALL_TESTS)
+        native = re.fullmatch(NATIVE_ONLY, file)
+        suite = self.suite("native" if native else "release")
+        return suite, suite.select(".*" if native else ALL_TESTS)
 
     def submit(self, suite, names, done):
         """Runs tests on what is built now; done(failure, times) is called in the end."""
