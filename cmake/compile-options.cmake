@@ -20,4 +20,7 @@ target_compile_options(tarn_options INTERFACE
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   target_compile_options(tarn_options INTERFACE
     -Wlogical-op -Wduplicated-cond -Wduplicated-branches)
+else()
+  # DECLARE_MESSAGE_MAP stands in the first class and in those that override.
+  target_compile_options(tarn_options INTERFACE -Wno-inconsistent-missing-override)
 endif()

@@ -24,9 +24,12 @@ endif()
 
 # The product that the sample wizard installs, with a small file for the large one.
 set(kit_product ${PROJECT_BINARY_DIR}/kit-product)
+if(CMAKE_C_COMPILER_ID STREQUAL "GNU")
+  set(product_compiler ${CMAKE_C_COMPILER})
+endif()
 add_custom_command(
   OUTPUT ${kit_product}/product.nsh
-  COMMAND ${CMAKE_COMMAND} -E env MINGW_CC=${CMAKE_C_COMPILER}
+  COMMAND ${CMAKE_COMMAND} -E env MINGW_CC=${product_compiler}
           bash ${PROJECT_SOURCE_DIR}/samples/product/make.sh ${kit_product} 65536
   DEPENDS samples/product/make.sh samples/product/lakeside.c samples/product/files
   COMMENT "Making the sample product"

@@ -13,6 +13,7 @@ shot=$build/screenshots/wait-window.png
 show() {
     [ -n "${DISPLAY:-}" ] || die "--show needs a display (DISPLAY is not set)"
     export WINEPREFIX=$out/wine-show WINEDEBUG=-all
+    unset TMPDIR # see tools/wine-env.sh
     export WINEDLLOVERRIDES='mscoree,mshtml=;winemenubuilder.exe=d'
     # Windows always has this key for the user; a new Wine prefix does not.
     wine reg add "$run_once" /f &> "$out/show.log"

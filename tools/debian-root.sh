@@ -3,12 +3,15 @@
 # It is made as root, by the package debootstrap.
 #
 #   debian_mirror                        the mirror that this machine's apt is set up with
-#   debian_root_make ROOT SUITE          a bare system of that suite; what was in ROOT is removed
+#   debian_root_bare ROOT SUITE [CACHE]  a bare system of that suite; what was in ROOT is removed; what is
+#                                        downloaded is kept in the folder CACHE
+#   debian_root_make ROOT SUITE          the same, set up to be quick: without manuals and the like
 #   debian_root_install ROOT PACKAGE...  installs packages in it, from the same mirror
 #   debian_root_alone COMMAND...         runs the command, as root; what it mounts, and whatever it
 #                                        starts, ends with it
 #   debian_root_mount ROOT FOLDER...     for that command: brings the kernel's file systems into ROOT, and
 #                                        folders of the machine's, under their own names
+#   debian_root_end ROOT                 ends what still runs in it
 #   debian_root_remove ROOT
 
 debian_mirror() {
@@ -19,14 +22,22 @@ debian_mirror() {
     printf '%s\n' "$mirror"
 }
 
-debian_root_make() {
+# What the machine's apt knows of the way to the mirror holds for this one, too.
+debian_root_bare() {
     local root=$1 suite=$2 mirror
     mirror=$(debian_mirror) || return
     debian_root_remove "$root" || return
     mkdir -p "$root" || return
-    as_root debootstrap --variant=minbase "$suite" "$root" "$mirror" \
+    debian_root_alone debootstrap --variant=minbase ${3:+--cache-dir="$3"} "$suite" "$root" "$mirror" \
         > "$root.log" 2>&1 < /dev/null ||
         { tail -n 5 "$root.log" >&2; return 1; }
+    apt-config dump | grep -E '^Acquire::(https?|Check-[A-Za-z-]*|Retries)(::| )' |
+        as_root tee "$root/etc/apt/apt.conf.d/machine" > /dev/null
+}
+
+debian_root_make() {
+    local root=$1
+    debian_root_bare "$root" "$2" || return
     # It is thrown away: nothing has to survive a power cut, and nobody reads manuals in it.
     as_root tee "$root/etc/dpkg/dpkg.cfg.d/quick" > /dev/null << 'SETTINGS' || return
 force-unsafe-io
@@ -63,6 +74,14 @@ debian_root_mount() {
     for folder; do
         mkdir -p "$root$folder" && mount --bind "$folder" "$root$folder" || return
     done
+}
+
+debian_root_end() {
+    # shellcheck disable=SC2016 # for the other shell
+    as_root bash -c '
+        for process in /proc/[0-9]*; do
+            [ "$(readlink "$process/root")" != "$1" ] || kill -KILL "${process#/proc/}"
+        done' bash "$1" 2> /dev/null
 }
 
 debian_root_remove() {

@@ -26,6 +26,8 @@ export WINEDLLOVERRIDES='mscoree,mshtml=;winemenubuilder.exe=d'
 export LC_ALL=${TARN_LOCALE:-en_US.UTF-8}
 export HOME=${HOME:-$TARN_WINE_DIR}
 unset WAYLAND_DISPLAY XAUTHORITY
+# With it, whatever it says, Debian 13's Wine ends at once: "free(): invalid pointer".
+unset TMPDIR
 
 # Seconds that server and display outlive their last program. Starting them anew for each test takes
 # longer than the test; without wine_stop they still go by themselves.
@@ -42,11 +44,20 @@ wine_start() {
 }
 
 wine_stop() {
-    [ ! -d "$WINEPREFIX" ] || wineserver -k 2> /dev/null || true
+    [ ! -d "$WINEPREFIX" ] || _wine_server -k 2> /dev/null || true
     if _wine_display_runs; then
         kill "$(cat "$TARN_WINE_DIR/display.pid")"
     fi
     rm -f "$TARN_WINE_DIR"/{display,display.pid,output.*}
+}
+
+# Not in the PATH everywhere: Debian's "sid" has it beside Wine's own files.
+_wine_server() {
+    local server
+    for server in wineserver /usr/lib/x86_64-linux-gnu/wine/wineserver /usr/lib/wine/wineserver; do
+        ! command -v "$server" > /dev/null || break
+    done
+    "$server" "$@"
 }
 
 # The number of a display that is gone may belong to another process by now: ours carries the folder
@@ -113,7 +124,7 @@ _wine_prefix() {
     local stamp fonts=$WINEPREFIX/drive_c/windows/Fonts
     stamp=$(wine --version; id -u; _wine_settings; _wine_fonts | xargs -0 -r cksum)
     if [ "$(cat "$TARN_WINE_DIR/stamp" 2> /dev/null)" != "$stamp" ]; then
-        [ ! -d "$WINEPREFIX" ] || wineserver -k 2> /dev/null || true
+        [ ! -d "$WINEPREFIX" ] || _wine_server -k 2> /dev/null || true
         rm -rf "$WINEPREFIX" "$TARN_WINE_DIR/stamp"
     fi
     if [ ! -d "$WINEPREFIX" ] && [ "$(cat "$_wine_main_dir/stamp" 2> /dev/null)" = "$stamp" ]; then
@@ -128,12 +139,12 @@ _wine_prefix() {
         _wine_fonts | xargs -0 -r cp -t "$fonts" || return
         _wine_settings > "$TARN_WINE_DIR/settings.reg"
         if ! { wine wineboot --init && wine regedit /S "$TARN_WINE_DIR/settings.reg" &&
-            wineserver -w; } < /dev/null &> "$TARN_WINE_DIR/prefix.log"; then
+            _wine_server -w; } < /dev/null &> "$TARN_WINE_DIR/prefix.log"; then
             echo "wine-env.sh: cannot make a Wine prefix: $(tail -n 3 "$TARN_WINE_DIR/prefix.log")" >&2
             return 1
         fi
         printf '%s\n' "$stamp" > "$TARN_WINE_DIR/stamp"
     fi
     # Fails when one is running, which is as good.
-    wineserver "-p$_wine_server_linger" < /dev/null &> "$TARN_WINE_DIR/server.log" || true
+    _wine_server "-p$_wine_server_linger" < /dev/null &> "$TARN_WINE_DIR/server.log" || true
 }

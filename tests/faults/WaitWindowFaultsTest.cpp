@@ -443,17 +443,12 @@ TEST_F(WaitWindowFault, OfFindingTheObjectIsTheSystemsDefaultForThatMessage)
 
 // Handles, windows, threads and heaps as they were; of the rest at most what the system's dialogs have
 // for themselves, a font and a block of memory each.
-template <class Action>
-testing::AssertionResult LeavesDataOfDialogsBehind(unsigned int nDialogs, const Action& action)
+RoundCost::Allowance DataOfADialog()
 {
-    return LeavesOnly(
-        [nDialogs](const ResourceCount& before, const ResourceCount& after) {
-            return after.nHandles == before.nHandles && after.nUserObjects == before.nUserObjects &&
-                   after.nThreads == before.nThreads && after.nHeaps == before.nHeaps &&
-                   after.nGdiObjects <= before.nGdiObjects + nDialogs &&
-                   after.nHeapBlocks <= before.nHeapBlocks + nDialogs;
-        },
-        action);
+    RoundCost::Allowance allowed = {};
+    allowed[RoundCost::kGdiObjects] = allowed[RoundCost::kHeapBlocks] = 1;
+    allowed[RoundCost::kHeapBytes] = RoundCost::kAnything;
+    return allowed;
 }
 
 // For as long as the window lives: not even its last message reaches the system's own procedure, which
@@ -474,7 +469,7 @@ TEST_F(WaitWindowFault, OfPassingOnEveryMessageCostsWhatTheSystemKeepsForADialog
             EXPECT_EQ(CallersState::Now(), before);
         };
         ExpectToWork(); // what the system keeps after a first window
-        EXPECT_TRUE(LeavesDataOfDialogsBehind(1, openAndClose));
+        EXPECT_TRUE(CostsAtMost(DataOfADialog(), 1, openAndClose));
         ExpectToWork();
     }
 }
@@ -554,8 +549,9 @@ TEST_F(WaitWindowFault, OfTheThreadThatEndsTakesTheWindowAndCloseHasNothingToDes
         EXPECT_NE(hWnd, nullptr);
         EXPECT_TRUE(WaitFor([hWnd] { return !::IsWindow(hWnd); }));
     };
-    const unsigned int nKept = LeavesNothingBehind(endWithABareDialog) ? 0 : 1;
-    EXPECT_TRUE(LeavesDataOfDialogsBehind(nKept, [this] {
+    RoundCost::Allowance allowed = RoundCost::Of(1, endWithABareDialog).AsAllowance();
+    allowed[RoundCost::kHeapBytes] = RoundCost::kAnything;
+    EXPECT_TRUE(CostsAtMost(allowed, 1, [this] {
         const CallersState before = CallersState::Now();
         HWND hWnd = nullptr;
         DriverThread other([&] { hWnd = Open(); });

@@ -1,7 +1,7 @@
 #include "tests/frame/Exports.h"
 
 #include "tests/support/AllocationFaults.h"
-#include "tests/support/ResourceCount.h"
+#include "tests/support/RoundCost.h"
 
 #include <gtest/gtest.h>
 

@@ -3,7 +3,7 @@
 #include "tests/support/CallersState.h"
 #include "tests/support/ImportPatch.h"
 #include "tests/support/LoadedTarn.h"
-#include "tests/support/ResourceCount.h"
+#include "tests/support/RoundCost.h"
 #include "tests/support/TempFolder.h"
 
 #include <cxxabi.h>

@@ -8,7 +8,7 @@
 #include "tests/support/ImportPatch.h"
 #include "tests/support/LoadedTarn.h"
 #include "tests/support/RegistrySandbox.h"
-#include "tests/support/ResourceCount.h"
+#include "tests/support/RoundCost.h"
 #include "tests/support/TempFolder.h"
 
 #include <gtest/gtest.h>
@@ -293,15 +293,14 @@ TEST_F(StructuredHost, ThatSurvivesAFaultKeepsAHandleOfTheKey)
     const RegistrySandbox sandbox;
     ASSERT_TRUE(MakeKey(kRunOnce));
     const Call call = {AsExport(tarn.PutInRunOnce), {"x", nullptr}};
-    EXPECT_TRUE(LeavesOnly(
-        [](ResourceCount before, const ResourceCount& after) {
-            before.nHandles += 1;
-            return after == before;
-        },
-        [&] {
-            Ending ending = {};
-            CallAndAccept(&call, &ending);
-        }));
+    const RoundCost cost = RoundCost::Of(5, [&] {
+        Ending ending = {};
+        CallAndAccept(&call, &ending);
+    });
+    EXPECT_EQ(cost.PerRound(RoundCost::kHandles), 1) << cost;
+    RoundCost::Allowance allowed = {};
+    allowed[RoundCost::kHandles] = 1;
+    EXPECT_TRUE(cost.IsWithin(allowed)) << cost;
 }
 
 class OtherLanguage : public StructuredHost, public testing::WithParamInterface<int>

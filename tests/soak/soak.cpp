@@ -3,13 +3,14 @@
 // 0 when every call did what it should and the figures stay flat.
 //
 // Wine's Open dialog leaves a handle and a few blocks of memory behind each time, whoever shows it. So
-// the system's dialog is shown without the library first, a number of times, and what that costs is
-// all that a round may cost. The library's own heap must not grow by a single block.
+// what the system's dialog costs is measured without the library first, and is all that a round may
+// cost. The library's own heap must not grow by a single block.
 #include "include/tarn.h"
 #include "tests/support/CurrentFolder.h"
 #include "tests/support/LoadedTarn.h"
+#include "tests/support/NewHeap.h"
 #include "tests/support/RegistrySandbox.h"
-#include "tests/support/ResourceCount.h"
+#include "tests/support/RoundCost.h"
 #include "tests/support/TempFolder.h"
 #include "tests/support/WindowDriver.h"
 
@@ -34,15 +35,16 @@ constexpr char kOpenCaption[] = "Tarn soak: choose a file";
 constexpr char kRunOnce[] = "Software\\Microsoft\\Windows\\CurrentVersion\\RunOnce";
 constexpr int kFileNameEdit = 1148;
 constexpr std::size_t kFileSize = 2 << 20;
-constexpr int kSamples = 10;
+constexpr int kFewestRounds = 20;
 constexpr int kWarmUps = 10;
-constexpr int kSystemDialogs = 20;
-// What the system's own caches go up and down by: themes come back a dozen GDI objects at a time. A leak of
-// one a round is more than any of these, in the short form too.
+constexpr int kSystemDialogs = 10; // in each of the blocks of the measure
+constexpr int kSamplesInABlock = 3;
 constexpr std::size_t kWorkingSetTolerance = 2 << 20;
-constexpr std::size_t kHeapTolerance = 20;
-constexpr double kGdiTolerance = 40;
-constexpr double kHandleTolerance = 2;
+// More than the system's dialog alone: one handle or block of memory in ten rounds would be noticed, and
+// of GDI objects more than what comes with a theme, a dozen at a time.
+constexpr double kTolerance = 0.1;
+constexpr double kGdiTolerance = 15; // in a block of rounds
+constexpr double kBlocksTolerance = 5;
 
 int g_nWrong = 0;
 
@@ -125,13 +127,6 @@ std::size_t WorkingSet()
     return counters.WorkingSetSize;
 }
 
-std::vector<HANDLE> Heaps()
-{
-    std::vector<HANDLE> heaps(64);
-    heaps.resize(::GetProcessHeaps(64, heaps.data()));
-    return heaps;
-}
-
 struct Sample
 {
     int nRound = 0;
@@ -163,17 +158,13 @@ public:
     // False when the library cannot be loaded, or has no heap of its own.
     bool IsComplete()
     {
-        const std::vector<HANDLE> before = Heaps();
+        const NewHeap heap;
         char szAddress[] = "user@example.com";
         char szMessage[TARN_EMAIL_MESSAGE_SIZE] = "";
         int nPosition = 0;
         if (!m_tarn.IsComplete() || m_tarn.VerifyEmail(szAddress, &nPosition, szMessage) != 1)
             return false;
-        for (HANDLE const hHeap : Heaps())
-        {
-            if (std::find(before.begin(), before.end(), hHeap) == before.end())
-                m_hHeap = hHeap;
-        }
+        m_hHeap = heap.Find();
         return m_hHeap != nullptr;
     }
 
@@ -275,68 +266,46 @@ void Print(const Sample& sample)
     std::fflush(stdout);
 }
 
-// Compares two samples.
-class Flatness
+bool IsFlat(const RoundCost& cost, const RoundCost::Allowance& allowed, const Sample& first,
+            const Sample& last)
 {
-public:
-    Flatness(const Sample& before, const Sample& after) : m_before(before), m_after(after) {}
+    std::cout << cost << '\n';
+    bool bFlat = cost.IsWithin(allowed);
+    if (!bFlat)
+        std::printf("not flat: a round costs more than the system's dialog\n");
+    if (last.nOwnBlocks != first.nOwnBlocks)
+    {
+        std::printf("not flat: blocks of the library\n");
+        bFlat = false;
+    }
+    if (last.cbWorkingSet > first.cbWorkingSet + kWorkingSetTolerance)
+    {
+        std::printf("not flat: working set\n");
+        bFlat = false;
+    }
+    return bFlat;
+}
 
-    // What the system's dialogs alone left behind.
-    void SystemDialogs(int nDialogs, const ResourceCount& before, const ResourceCount& after)
-    {
-        const double nRounds = m_after.nRound - m_before.nRound;
-        m_nHandles = nRounds * (Growth(before.nHandles, after.nHandles)) / nDialogs;
-        m_nBlocks = nRounds * (Growth(before.nHeapBlocks, after.nHeapBlocks)) / nDialogs;
-    }
-    bool Holds()
-    {
-        Compare("handles", m_before.count.nHandles, m_after.count.nHandles,
-                m_nHandles + kHandleTolerance);
-        Compare("GDI objects", m_before.count.nGdiObjects, m_after.count.nGdiObjects,
-                kGdiTolerance);
-        Compare("USER objects", m_before.count.nUserObjects, m_after.count.nUserObjects, 0);
-        Compare("threads", m_before.count.nThreads, m_after.count.nThreads, 0);
-        Compare("blocks of the library", Number(m_before.nOwnBlocks), Number(m_after.nOwnBlocks),
-                0);
-        // One block in ten rounds more would be noticed.
-        Compare("heap blocks", Number(m_before.count.nHeapBlocks),
-                Number(m_after.count.nHeapBlocks),
-                m_nBlocks + kHeapTolerance + 0.1 * (m_after.nRound - m_before.nRound));
-        Compare("working set", Number(m_before.cbWorkingSet), Number(m_after.cbWorkingSet),
-                static_cast<double>(kWorkingSetTolerance));
-        return m_bHolds;
-    }
-
-private:
-    template <class Count>
-    static double Growth(Count nBefore, Count nAfter)
-    {
-        return nAfter > nBefore ? static_cast<double>(nAfter - nBefore) : 0;
-    }
-    template <class Count>
-    void Compare(const char* pszWhat, Count nBefore, Count nAfter, double nAllowed)
-    {
-        if (Growth(nBefore, nAfter) <= nAllowed)
-            return;
-        std::printf("not flat: %s\n", pszWhat);
-        m_bHolds = false;
-    }
-
-    Sample m_before;
-    Sample m_after;
-    double m_nHandles = 0;
-    double m_nBlocks = 0;
-    bool m_bHolds = true;
-};
+// What the system's dialog costs, and a little.
+RoundCost::Allowance AllowedAfter(const RoundCost& systemDialog, int nBlock)
+{
+    RoundCost::Allowance allowed = systemDialog.AsAllowance();
+    allowed[RoundCost::kHandles] += kTolerance;
+    allowed[RoundCost::kGdiObjects] += std::max(kTolerance, kGdiTolerance / nBlock);
+    allowed[RoundCost::kHeapBlocks] += std::max(kTolerance, kBlocksTolerance / nBlock);
+    allowed[RoundCost::kHeapBytes] =
+        RoundCost::kAnything; // that is for the blocks and the working set to say
+    return allowed;
+}
 } // namespace
 
 int main(int argc, char** argv)
 {
     ::SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX | SEM_NOOPENFILEERRORBOX);
     const int nRounds = argc == 2 ? std::atoi(argv[1]) : 0;
-    if (nRounds < 2 * kSamples)
+    if (nRounds < kFewestRounds)
     {
-        std::printf("usage: soak ROUNDS, at least %d\n", 2 * kSamples);
+        std::printf("usage: soak ROUNDS, at least %d\n", kFewestRounds);
         return 2;
     }
     const DWORD nStart = ::GetTickCount();
@@ -348,36 +317,37 @@ int main(int argc, char** argv)
     }
     for (int i = 1; i <= kWarmUps; ++i)
         installation.Run(i);
-    installation.ShowSystemDialog();
-    const ResourceCount before = ResourceCount::Now();
-    for (int i = 0; i < kSystemDialogs; ++i)
-        installation.ShowSystemDialog();
-    const ResourceCount after = ResourceCount::Now();
-    std::printf(
-        "The system's Open dialog, %d times without the library: from %lu to %lu handles, from "
-        "%lu to %lu heap blocks\n",
-        kSystemDialogs, before.nHandles, after.nHandles, Number(before.nHeapBlocks),
-        Number(after.nHeapBlocks));
+    const RoundCost systemDialog =
+        RoundCost::Of(kSystemDialogs, [&installation] { installation.ShowSystemDialog(); });
+    std::cout << "The system's Open dialog, without the library: " << systemDialog << '\n';
 
     std::printf("  round  handles   GDI  USER  threads  own blocks  heap blocks  KB in use\n");
-    const int nInterval = nRounds / kSamples;
+    // By the end of the first of as many rounds as a block has, the system's caches are full.
+    constexpr int kSamples = (RoundCost::kBlocks + 1) * kSamplesInABlock;
+    const int nInterval = (nRounds + kSamples - 1) / kSamples;
+    const int nBlock = nInterval * kSamplesInABlock;
+    RoundCost cost(nBlock);
     Sample first;
     Sample last;
-    for (int i = 1; i <= nRounds && g_nWrong < 10; ++i)
+    Sample blockStart;
+    for (int i = 1; !cost.IsComplete() && g_nWrong < 10; ++i)
     {
         installation.Run(i);
-        if (i % nInterval == 0)
-        {
-            last = installation.Measure(i);
-            Print(last);
-            if (i <= 3 * nInterval) // by then the system's caches are full
-                first = last;
-        }
+        if (i % nInterval != 0)
+            continue;
+        last = installation.Measure(i);
+        Print(last);
+        if (i % nBlock != 0)
+            continue;
+        if (i == nBlock)
+            first = last;
+        else
+            cost.AddBlock(blockStart.count, last.count);
+        blockStart = last;
     }
-    Flatness flatness(first, last);
-    flatness.SystemDialogs(kSystemDialogs, before, after);
-    const bool bGood = flatness.Holds() && g_nWrong == 0;
-    std::printf("%s: %d rounds, %lu seconds\n", bGood ? "flat" : "NOT GOOD", nRounds,
+    const bool bGood =
+        IsFlat(cost, AllowedAfter(systemDialog, nBlock), first, last) && g_nWrong == 0;
+    std::printf("%s: %d rounds, %lu seconds\n", bGood ? "flat" : "NOT GOOD", last.nRound,
                 (::GetTickCount() - nStart) / 1000);
     return bGood ? 0 : 1;
 }

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "tests/support/CallersState.h"
-#include "tests/support/ResourceCount.h"
+#include "tests/support/RoundCost.h"
 
 // The call, which brings its fault about anew each time that it is made, ends as documented, leaves
 // the caller's state as it was and nothing behind; without the fault, the library works.

@@ -64,24 +64,6 @@ DWORD CountUserObjects()
     return nObjects;
 }
 
-int CountThreads()
-{
-    HANDLE const hSnapshot = ::CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
-    if (hSnapshot == INVALID_HANDLE_VALUE)
-        return -1;
-    int nThreads = 0;
-    THREADENTRY32 entry = {};
-    entry.dwSize = sizeof(entry);
-    for (BOOL bMore = ::Thread32First(hSnapshot, &entry); bMore;
-         bMore = ::Thread32Next(hSnapshot, &entry))
-    {
-        if (entry.th32OwnerProcessID == ::GetCurrentProcessId())
-            ++nThreads;
-    }
-    ::CloseHandle(hSnapshot);
-    return nThreads;
-}
-
 void Walk(HANDLE hHeap, std::size_t& nBlocks, std::size_t& cbBlocks)
 {
     if (!::HeapLock(hHeap))
@@ -102,7 +84,7 @@ void Walk(HANDLE hHeap, std::size_t& nBlocks, std::size_t& cbBlocks)
 ResourceCount ResourceCount::Now()
 {
     ResourceCount count;
-    count.nThreads = CountThreads();
+    count.nThreads = Threads();
     count.nGdiObjects = CountGdiObjects();
     count.nUserObjects = CountUserObjects();
     HANDLE heaps[kMaxHeaps];
@@ -113,19 +95,30 @@ ResourceCount ResourceCount::Now()
     return count;
 }
 
+int ResourceCount::Threads()
+{
+    HANDLE const hSnapshot = ::CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
+    if (hSnapshot == INVALID_HANDLE_VALUE)
+        return -1;
+    int nThreads = 0;
+    THREADENTRY32 entry = {};
+    entry.dwSize = sizeof(entry);
+    for (BOOL bMore = ::Thread32First(hSnapshot, &entry); bMore;
+         bMore = ::Thread32Next(hSnapshot, &entry))
+    {
+        if (entry.th32OwnerProcessID == ::GetCurrentProcessId())
+            ++nThreads;
+    }
+    ::CloseHandle(hSnapshot);
+    return nThreads;
+}
+
 std::size_t ResourceCount::BlocksIn(HANDLE hHeap)
 {
     std::size_t nBlocks = 0;
     std::size_t cbBlocks = 0;
     Walk(hHeap, nBlocks, cbBlocks);
     return nBlocks;
-}
-
-bool operator==(const ResourceCount& a, const ResourceCount& b)
-{
-    return a.nHandles == b.nHandles && a.nGdiObjects == b.nGdiObjects &&
-           a.nUserObjects == b.nUserObjects && a.nThreads == b.nThreads && a.nHeaps == b.nHeaps &&
-           a.nHeapBlocks == b.nHeapBlocks && a.cbHeapBlocks == b.cbHeapBlocks;
 }
 
 std::ostream& operator<<(std::ostream& stream, const ResourceCount& count)

@@ -3,8 +3,6 @@
 
 #include <windows.h>
 
-#include <gtest/gtest.h>
-
 #include <cstddef>
 #include <ostream>
 
@@ -21,36 +19,10 @@ struct ResourceCount
     // Allocates nothing itself, as far as heaps go.
     static ResourceCount Now();
 
+    // The threads alone.
+    static int Threads();
     // Blocks in use in one heap.
     static std::size_t BlocksIn(HANDLE hHeap);
 };
 
-bool operator==(const ResourceCount& a, const ResourceCount& b);
 std::ostream& operator<<(std::ostream& stream, const ResourceCount& count);
-
-// Whether an action leaves no more than is allowed. It is repeated a few times: the system and the C
-// library keep something now and then, a leak takes something every time.
-template <class Allowed, class Action>
-testing::AssertionResult LeavesOnly(const Allowed& allowed, const Action& action)
-{
-    ResourceCount before;
-    ResourceCount after;
-    for (int nTries = 0; nTries < 5; ++nTries)
-    {
-        before = ResourceCount::Now();
-        action();
-        after = ResourceCount::Now();
-        if (allowed(before, after))
-            return testing::AssertionSuccess();
-    }
-    return testing::AssertionFailure() << "before: " << before << "\nafter: " << after;
-}
-
-// Whether an action gives back all that it takes.
-template <class Action>
-testing::AssertionResult LeavesNothingBehind(const Action& action)
-{
-    return LeavesOnly(
-        [](const ResourceCount& before, const ResourceCount& after) { return after == before; },
-        action);
-}

@@ -1,9 +1,11 @@
 // What a thousand jobs leave behind: nothing.
-#include "tests/support/ResourceCount.h"
+#include "tests/support/RoundCost.h"
 #include "tests/support/WindowDriver.h"
 #include "ui/WaitDlgModless.h"
 
 #include <gtest/gtest.h>
+
+#include <memory>
 
 using namespace window_driver;
 
@@ -14,29 +16,33 @@ LONGLONG Double(void* pArg, HWND /*hWnd*/)
     return 2 * *static_cast<LONGLONG*>(pArg);
 }
 
-void ExpectNoMoreThan(const ResourceCount& before)
+// In the library's own heap, this program's.
+std::size_t OwnBlocks()
 {
-    // A thread that has just signalled its end may still be counted for a moment.
-    EXPECT_TRUE(PumpUntil([&] { return ResourceCount::Now().nThreads <= before.nThreads; }));
-    const ResourceCount after = ResourceCount::Now();
-    EXPECT_LE(after.nHandles, before.nHandles);
-    // The system's caches of fonts and pens may still grow by a few; a leak would be one for each job.
-    EXPECT_LE(after.nGdiObjects, before.nGdiObjects + 20);
-    EXPECT_LE(after.nUserObjects, before.nUserObjects);
-    EXPECT_LE(after.nHeapBlocks, before.nHeapBlocks);
+    const auto pBlock = std::make_unique<char>();
+    HANDLE heaps[64];
+    const DWORD nHeaps = ::GetProcessHeaps(64, heaps);
+    for (DWORD i = 0; i < nHeaps; ++i)
+    {
+        if (::HeapValidate(heaps[i], 0, pBlock.get()))
+            return ResourceCount::BlocksIn(heaps[i]);
+    }
+    ADD_FAILURE() << "the library has no heap";
+    return 0;
 }
 } // namespace
 
 TEST(JobRunner, RunsAThousandJobsInARowAndLeavesNothingBehind)
 {
-    const auto runJobs = [](LONGLONG nJobs) {
-        for (LONGLONG i = 1; i <= nJobs; ++i)
-            ASSERT_EQ(RunJobWithWaitDlg(&Double, &i, "Working.", "one of many"), 2 * i);
+    LONGLONG nJob = 0;
+    const auto runJob = [&nJob] {
+        ++nJob;
+        ASSERT_EQ(RunJobWithWaitDlg(&Double, &nJob, "Working.", "one of many"), 2 * nJob);
     };
-    runJobs(50); // caches of the system fill up
-    const ResourceCount before = ResourceCount::Now();
-    runJobs(1000);
-    ExpectNoMoreThan(before);
+    runJob();
+    const std::size_t nBlocks = OwnBlocks();
+    EXPECT_TRUE(LeavesNothingBehind(333, runJob));
+    EXPECT_EQ(OwnBlocks(), nBlocks);
 }
 
 TEST(JobRunner, LeavesNothingBehindWhenTheJobOutlivesTheDialog)
@@ -55,20 +61,17 @@ TEST(JobRunner, LeavesNothingBehindWhenTheJobOutlivesTheDialog)
             return 1;
         }
     };
-    const auto runJobs = [](int nJobs) {
-        for (int i = 0; i < nJobs; ++i)
-        {
-            Job job = {::CreateEventA(nullptr, TRUE, FALSE, nullptr), nullptr};
-            EXPECT_EQ(RunJobWithWaitDlg(&Job::Run, &job, "", "outlived"), 0);
-            ::SetEvent(job.hMayEnd);
-            EXPECT_EQ(::WaitForSingleObject(job.hThread, kLimitMilliseconds),
-                      static_cast<DWORD>(WAIT_OBJECT_0));
-            ::CloseHandle(job.hMayEnd);
-            ::CloseHandle(job.hThread);
-        }
+    const auto runJob = [] {
+        Job job = {::CreateEventA(nullptr, TRUE, FALSE, nullptr), nullptr};
+        EXPECT_EQ(RunJobWithWaitDlg(&Job::Run, &job, "", "outlived"), 0);
+        ::SetEvent(job.hMayEnd);
+        EXPECT_EQ(::WaitForSingleObject(job.hThread, kLimitMilliseconds),
+                  static_cast<DWORD>(WAIT_OBJECT_0));
+        ::CloseHandle(job.hMayEnd);
+        ::CloseHandle(job.hThread);
     };
-    runJobs(20);
-    const ResourceCount before = ResourceCount::Now();
-    runJobs(200);
-    ExpectNoMoreThan(before);
+    runJob();
+    const std::size_t nBlocks = OwnBlocks();
+    EXPECT_TRUE(LeavesNothingBehind(100, runJob));
+    EXPECT_EQ(OwnBlocks(), nBlocks);
 }

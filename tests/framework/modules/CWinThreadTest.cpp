@@ -1,7 +1,7 @@
 #include <afxwin.h>
 
 #include "tests/support/AllocationFaults.h"
-#include "tests/support/ResourceCount.h"
+#include "tests/support/RoundCost.h"
 
 #include <gtest/gtest.h>
 
@@ -133,34 +133,28 @@ TEST(CWinThread, IsTheApplicationOnOtherThreads)
 
 TEST(CWinThread, LeavesNothingBehind)
 {
-    EXPECT_TRUE(LeavesNothingBehind([] {
-        for (int i = 0; i < 20; ++i)
-        {
-            Seen kept;
-            RunThread(kept);
-        }
+    EXPECT_TRUE(LeavesNothingBehind(50, [] {
+        Seen kept;
+        RunThread(kept);
     }));
 }
 
 TEST(CWinThread, DeletesItselfAndLeavesNothingBehind)
 {
-    EXPECT_TRUE(LeavesNothingBehind([] {
-        for (int i = 0; i < 20; ++i)
-        {
-            Seen seen;
-            ::ResetEvent(seen.hEnd);
-            CWinThread* const pThread = AfxBeginThread(&Look, &seen);
-            ASSERT_NE(pThread, nullptr);
-            ASSERT_TRUE(seen.HasRun());
-            // The object may go at any time once the thread is let go.
-            HANDLE hThread = nullptr;
-            ASSERT_TRUE(::DuplicateHandle(::GetCurrentProcess(), pThread->m_hThread,
-                                          ::GetCurrentProcess(), &hThread, 0, FALSE,
-                                          DUPLICATE_SAME_ACCESS));
-            ::SetEvent(seen.hEnd);
-            ASSERT_EQ(::WaitForSingleObject(hThread, kLimit), WAIT_OBJECT_0);
-            ::CloseHandle(hThread);
-        }
+    EXPECT_TRUE(LeavesNothingBehind(50, [] {
+        Seen seen;
+        ::ResetEvent(seen.hEnd);
+        CWinThread* const pThread = AfxBeginThread(&Look, &seen);
+        ASSERT_NE(pThread, nullptr);
+        ASSERT_TRUE(seen.HasRun());
+        // The object may go at any time once the thread is let go.
+        HANDLE hThread = nullptr;
+        ASSERT_TRUE(::DuplicateHandle(::GetCurrentProcess(), pThread->m_hThread,
+                                      ::GetCurrentProcess(), &hThread, 0, FALSE,
+                                      DUPLICATE_SAME_ACCESS));
+        ::SetEvent(seen.hEnd);
+        ASSERT_EQ(::WaitForSingleObject(hThread, kLimit), WAIT_OBJECT_0);
+        ::CloseHandle(hThread);
     }));
 }
 

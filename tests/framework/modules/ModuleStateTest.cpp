@@ -1,7 +1,7 @@
 #include <afxwin.h>
 
 #include "tests/support/Host.h"
-#include "tests/support/ResourceCount.h"
+#include "tests/support/RoundCost.h"
 
 #include <gtest/gtest.h>
 
