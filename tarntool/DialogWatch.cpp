@@ -29,6 +29,9 @@ void OnPosChanging(HWND hWnd, WINDOWPOS& pos)
     if (g_bShown || (pos.flags & SWP_SHOWWINDOW) == 0)
         return;
     g_bShown = true;
+    if (g_manner == Manner::Quiet)
+        ::SetWindowLongPtrA(hWnd, GWL_EXSTYLE,
+                            ::GetWindowLongPtrA(hWnd, GWL_EXSTYLE) | WS_EX_NOACTIVATE);
     RECT rc = {};
     ::GetWindowRect(hWnd, &rc);
     const POINT corner = CentredOver(g_hWndParent, rc.right - rc.left, rc.bottom - rc.top);
@@ -52,8 +55,6 @@ void TakeDialog(HWND hWnd)
     g_hDialog = hWnd;
     g_bUnicode = ::IsWindowUnicode(hWnd) != FALSE;
     const auto pfnSet = g_bUnicode ? &::SetWindowLongPtrW : &::SetWindowLongPtrA;
-    if (g_manner == Manner::Quiet)
-        pfnSet(hWnd, GWL_EXSTYLE, ::GetWindowLongPtrW(hWnd, GWL_EXSTYLE) | WS_EX_NOACTIVATE);
     g_pfnDialog = reinterpret_cast<WNDPROC>(
         pfnSet(hWnd, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&WatchedProc)));
 }

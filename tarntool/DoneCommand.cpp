@@ -3,11 +3,10 @@
 #include "tarntool/Failure.h"
 #include "tarntool/Output.h"
 #include "tarntool/Request.h"
+#include "tarntool/PrivateCopy.h"
 #include "tarntool/ScopedHandle.h"
 #include "tarntool/Text.h"
 #include "tarntool/WaitName.h"
-
-#include <cwchar>
 
 namespace
 {
@@ -36,10 +35,15 @@ UINT EndWaitWindow(const Request& request)
     if (!done.IsValid() || !ReadRecord(name, &record))
         throw Failure{ExitCode::NoWaitWindow, "there is no wait window with the --id " +
                                                   ToUtf8(request.Value(Request::ID))};
-    const ScopedHandle keeper(::OpenProcess(SYNCHRONIZE, FALSE, record.nProcessID));
+    const ScopedHandle keeper(
+        ::OpenProcess(SYNCHRONIZE | PROCESS_QUERY_LIMITED_INFORMATION, FALSE, record.nProcessID));
+    WCHAR szProgram[MAX_PATH] = L"";
+    DWORD cchProgram = MAX_PATH;
+    ::QueryFullProcessImageNameW(keeper, 0, szProgram, &cchProgram);
     ::SetEvent(done);
     // A process that cannot be opened has ended by itself meanwhile.
     if (keeper.IsValid() && ::WaitForSingleObject(keeper, kEndMilliseconds) != WAIT_OBJECT_0)
         throw Failure{ExitCode::SystemFailure, "the wait window does not end"};
+    PrivateCopy::Delete(szProgram);
     return static_cast<UINT>(ExitCode::Done);
 }

@@ -73,7 +73,7 @@ OpenDialogs LoadDialogs()
 
 UINT OpenFile(const Request& request)
 {
-    HWND hWndParent = GetParentWindow(request);
+    HWND const hWndParent = GetParentWindow(request);
     const std::unique_ptr<WCHAR[]> pszFilter = MakeFilter(request.Value(Request::Filter));
     const std::unique_ptr<WCHAR[]> pszPath(new WCHAR[kMaxPath]());
     LPCWSTR const pszFile = request.Value(Request::File);
@@ -97,13 +97,18 @@ UINT OpenFile(const Request& request)
     ofn.lpstrTitle = request.Value(Request::Title);
     ofn.lpstrDefExt = pszExtension;
     ofn.Flags = OFN_EXPLORER | OFN_FILEMUSTEXIST | OFN_HIDEREADONLY | OFN_NOCHANGEDIR;
+    EndWithInstaller(hWndParent);
     SpendFirstShow();
     BOOL bChosen = FALSE;
+    const bool bEnabled = ::IsWindowEnabled(ofn.hwndOwner) != FALSE;
     {
         const ParentGuard guard(ofn.hwndOwner);
         const DialogWatch watch(hWndParent, DialogWatch::Manner::Ordinary);
         bChosen = dialogs.pfnOpen(&ofn);
     }
+    // Wine's dialog enables it in any case.
+    if (bOwned && !bEnabled)
+        EnableForeignWindow(hWndParent, FALSE);
     if (!bChosen)
     {
         const DWORD nError = dialogs.pfnError();

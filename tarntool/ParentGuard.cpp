@@ -12,7 +12,8 @@ ParentGuard::ParentGuard(HWND hWndParent)
     WCHAR szWindow[20];
     ::wsprintfW(szWindow, L"%08X", static_cast<UINT>(reinterpret_cast<UINT_PTR>(hWndParent)));
     const ProgramPath path;
-    m_process.Reset(StartInnerRole(path, L"inner-guard", handles, 1, szWindow));
+    bool bReady = false; // without a guard it is done without one
+    m_process.Reset(StartInnerRole(path, L"inner-guard", handles, 1, szWindow, &bReady));
 }
 
 ParentGuard::~ParentGuard()
@@ -26,11 +27,13 @@ ParentGuard::~ParentGuard()
 
 UINT GuardParent(LPCWSTR pszArguments)
 {
+    const ScopedHandle ready(reinterpret_cast<HANDLE>(TakeNumber(&pszArguments)));
     const ScopedHandle guarded(reinterpret_cast<HANDLE>(TakeNumber(&pszArguments)));
     HWND const hWnd =
         reinterpret_cast<HWND>(static_cast<LONG_PTR>(static_cast<LONG>(TakeNumber(&pszArguments))));
     DWORD nProcessID = 0;
     ::GetWindowThreadProcessId(hWnd, &nProcessID);
+    ::SetEvent(ready);
     if (!guarded.IsValid() || ::WaitForSingleObject(guarded, INFINITE) != WAIT_OBJECT_0)
         return 1;
     // The number may have been given to another window.

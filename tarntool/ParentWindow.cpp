@@ -38,7 +38,7 @@ bool ReadHandle(LPCWSTR psz, HWND* phWnd)
         if (nDigit >= nBase)
             return false;
         n = n * nBase + nDigit;
-        if (n > 0xFFFFFFFFLL)
+        if (n > (bNegative ? 0x80000000LL : 0xFFFFFFFFLL))
             return false;
     }
     *phWnd = reinterpret_cast<HWND>(static_cast<LONG_PTR>(static_cast<LONG>(bNegative ? -n : n)));
@@ -53,6 +53,13 @@ struct EnableCall
 
 // On a thread of its own; the call may outlive the function that started it, hence static.
 EnableCall g_enableCalls[2];
+
+DWORD WINAPI EndThread(LPVOID hInstaller)
+{
+    ::WaitForSingleObject(hInstaller, INFINITE);
+    ::TerminateProcess(::GetCurrentProcess(), static_cast<UINT>(ExitCode::Cancelled));
+    return 0;
+}
 
 DWORD WINAPI EnableThread(LPVOID pCall)
 {
@@ -77,6 +84,21 @@ HWND GetParentWindow(const Request& request)
     if (hWndRoot == nullptr)
         throw Failure{ExitCode::WrongArguments, "there is no window " + ToUtf8(psz)};
     return hWndRoot;
+}
+
+HANDLE OpenInstaller(HWND hWnd)
+{
+    DWORD nProcessID = 0;
+    if (hWnd == nullptr || ::GetWindowThreadProcessId(hWnd, &nProcessID) == 0)
+        return nullptr;
+    return ::OpenProcess(SYNCHRONIZE, FALSE, nProcessID);
+}
+
+void EndWithInstaller(HWND hWnd)
+{
+    HANDLE const hInstaller = OpenInstaller(hWnd); // the thread's, for the rest of the process
+    if (hInstaller != nullptr)
+        ScopedHandle(::CreateThread(nullptr, 0, &EndThread, hInstaller, 0, nullptr));
 }
 
 bool Answers(HWND hWnd)

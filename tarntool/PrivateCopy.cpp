@@ -14,6 +14,7 @@ namespace
 {
 constexpr WCHAR kPrefix[] = L"tarntool-";
 constexpr WCHAR kSuffix[] = L".exe";
+constexpr WCHAR kHexDigits[] = L"0123456789abcdef";
 constexpr int kRandomBytes = 16;
 // With the names above and the random part in hexadecimal
 constexpr DWORD kMaxFolder = MAX_PATH - 64;
@@ -59,11 +60,20 @@ bool AppendRandomName(LPWSTR pszPath)
     LPWSTR p = pszPath + std::wcslen(pszPath);
     for (const BYTE b : random)
     {
-        *p++ = L"0123456789abcdef"[b >> 4];
-        *p++ = L"0123456789abcdef"[b & 0xF];
+        *p++ = kHexDigits[b >> 4];
+        *p++ = kHexDigits[b & 0xF];
     }
     std::wcscpy(p, kSuffix);
     return true;
+}
+
+bool IsNameOfCopy(LPCWSTR pszName)
+{
+    constexpr std::size_t cchPrefix = sizeof(kPrefix) / sizeof(WCHAR) - 1;
+    constexpr std::size_t cchRandom = 2 * static_cast<std::size_t>(kRandomBytes);
+    return std::wcsncmp(pszName, kPrefix, cchPrefix) == 0 &&
+           std::wcsspn(pszName + cchPrefix, kHexDigits) == cchRandom &&
+           std::wcscmp(pszName + cchPrefix + cchRandom, kSuffix) == 0;
 }
 
 bool CopyContents(HANDLE hFrom, HANDLE hTo)
@@ -137,6 +147,19 @@ bool PrivateCopy::Make()
     return IsSameFile(written, m_file) && CopyContents(original, written);
 }
 
+void PrivateCopy::Delete(LPCWSTR pszPath)
+{
+    WCHAR szFolder[MAX_PATH];
+    if (!GetTempFolder(szFolder))
+        return;
+    const std::size_t cchFolder = std::wcslen(szFolder);
+    if (std::wcslen(pszPath) > cchFolder &&
+        ::CompareStringOrdinal(pszPath, static_cast<int>(cchFolder), szFolder,
+                               static_cast<int>(cchFolder), TRUE) == CSTR_EQUAL &&
+        IsNameOfCopy(pszPath + cchFolder))
+        ::DeleteFileW(pszPath);
+}
+
 void PrivateCopy::DeleteOld()
 {
     WCHAR szPath[MAX_PATH];
@@ -145,7 +168,6 @@ void PrivateCopy::DeleteOld()
     LPWSTR const pszName = szPath + std::wcslen(szPath);
     std::wcscpy(pszName, kPrefix);
     std::wcscat(pszName, L"*");
-    std::wcscat(pszName, kSuffix);
     FILETIME now;
     ::GetSystemTimeAsFileTime(&now);
     const auto ticks = [](const FILETIME& time) {
@@ -155,11 +177,9 @@ void PrivateCopy::DeleteOld()
     HANDLE const hFind = ::FindFirstFileW(szPath, &found);
     if (hFind == INVALID_HANDLE_VALUE)
         return;
-    constexpr std::size_t cchName = 9 + 2 * kRandomBytes + 4;
     do
     {
-        if (std::wcslen(found.cFileName) == cchName &&
-            ticks(found.ftCreationTime) + kOld < ticks(now))
+        if (IsNameOfCopy(found.cFileName) && ticks(found.ftCreationTime) + kOld < ticks(now))
         {
             std::wcscpy(pszName, found.cFileName);
             ::DeleteFileW(szPath); // refused for one that runs

@@ -18,8 +18,9 @@ public:
     LPCWSTR Path() const { return m_szPath; }
     HANDLE Handle() const { return m_file; }
 
-    // Deletes copies of hours ago that something held on to at their end. Others are left alone.
-    static void DeleteOld();
+    // For what is still there although the process has ended, because something else held the file.
+    static void Delete(LPCWSTR pszPath); // nothing but a copy
+    static void DeleteOld();             // those of more than an hour ago
 
 private:
     bool Make();

@@ -93,7 +93,9 @@ UINT RunProgram(const Request& request)
     if (request.GetTail() == nullptr || *request.GetTail() == L'\0')
         throw Failure{ExitCode::WrongArguments, "run needs a program behind --"};
     const Output output(request.Value(Request::Out));
-    StartedProgram program(request.GetTail(), output);
+    StartedProgram program(request.GetTail(),
+                           output); // ends with this process, should that be ended
+    EndWithInstaller(hWndParent);
     DisabledParent parent(hWndParent);
     const ULONGLONG nEnd = ::GetTickCount64() + nSeconds * kMillisecondsPerSecond;
     Job job = {program, parent,

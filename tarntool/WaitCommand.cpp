@@ -11,8 +11,6 @@
 
 namespace
 {
-constexpr DWORD kStartMilliseconds = 30000;
-
 [[noreturn]] void CannotShow(const CString& strReason)
 {
     throw Failure{ExitCode::SystemFailure, "the wait window cannot be shown: " + strReason};
@@ -26,25 +24,19 @@ UINT ShowWaitWindow(const Request& request)
     const Output output(request.Value(Request::Out));
     PrivateCopy::DeleteOld();
     const PrivateCopy copy;
-    const ScopedHandle painted(::CreateEventW(nullptr, TRUE, FALSE, nullptr));
     const ScopedHandle self(OpenOwnProcess());
-    const HANDLE handles[] = {painted, self, copy.Handle()};
+    const HANDLE handles[] = {self, copy.Handle()};
 
-    // The keeper reads the same arguments.
-    const ScopedHandle keeper(StartInnerRole(copy.Path(), L"inner-keep", handles, 3,
-                                             CommandLine::SkipProgram(::GetCommandLineW())));
+    // The keeper reads the same arguments. It is ready when the window is painted.
+    bool bReady = false;
+    const ScopedHandle keeper(StartInnerRole(copy.Path(), L"inner-keep", handles, 2,
+                                             CommandLine::SkipProgram(::GetCommandLineW()),
+                                             &bReady));
     if (!keeper.IsValid())
         CannotShow(SystemErrorText(::GetLastError()));
-    const HANDLE awaited[] = {painted, keeper};
-    const DWORD nEnded = ::WaitForMultipleObjects(2, awaited, FALSE, kStartMilliseconds);
-    if (nEnded == WAIT_OBJECT_0)
+    if (bReady)
         return static_cast<UINT>(ExitCode::Done);
     DWORD nExitCode = 0;
-    if (nEnded == WAIT_TIMEOUT)
-    {
-        ::TerminateProcess(keeper, static_cast<UINT>(ExitCode::SystemFailure));
-        CannotShow("it took too long");
-    }
     ::GetExitCodeProcess(keeper, &nExitCode);
     if (nExitCode == static_cast<DWORD>(ExitCode::WaitWindowExists))
         throw Failure{ExitCode::WaitWindowExists, "there is a wait window already with the --id " +

@@ -50,15 +50,6 @@ private:
     ScopedHandle m_done;
 };
 
-// The process that a window belongs to, to wait for its end; null when there is none.
-HANDLE OpenProcessOf(HWND hWnd)
-{
-    DWORD nProcessID = 0;
-    if (hWnd == nullptr || ::GetWindowThreadProcessId(hWnd, &nProcessID) == 0)
-        return nullptr;
-    return ::OpenProcess(SYNCHRONIZE, FALSE, nProcessID);
-}
-
 // Keeps the wait window where the installer's is.
 class Follower
 {
@@ -110,6 +101,11 @@ private:
     bool m_bHidden = false;
 };
 
+bool IsRunning(HANDLE hProcess)
+{
+    return ::WaitForSingleObject(hProcess, 0) == WAIT_TIMEOUT;
+}
+
 void HandleMessages()
 {
     MSG message;
@@ -120,7 +116,7 @@ void HandleMessages()
 // Until the window is to go.
 void Keep(HWND hWnd, HWND hWndParent, HANDLE hDone)
 {
-    const ScopedHandle installer(OpenProcessOf(hWndParent));
+    const ScopedHandle installer(OpenInstaller(hWndParent));
     const HANDLE ends[] = {hDone, installer};
     const DWORD nEnds = installer.IsValid() ? 2 : 1;
     const ULONGLONG nEnd = ::GetTickCount64() + kLongestMilliseconds;
@@ -147,6 +143,8 @@ UINT KeepWaitWindow(LPCWSTR pszArguments)
     const ScopedHandle painted(reinterpret_cast<HANDLE>(TakeNumber(&pszArguments)));
     const ScopedHandle starter(reinterpret_cast<HANDLE>(TakeNumber(&pszArguments)));
     TakeNumber(&pszArguments); // of the file, which is held until the process has ended
+    if (!IsRunning(starter))
+        return static_cast<UINT>(ExitCode::WrongArguments);
     const Request request(pszArguments);
     HWND const hWndParent = GetParentWindow(request);
     const Presence presence{WaitName(request)};
@@ -163,7 +161,7 @@ UINT KeepWaitWindow(LPCWSTR pszArguments)
     HandleMessages();
     ::RedrawWindow(hWnd, nullptr, nullptr, RDW_UPDATENOW | RDW_ALLCHILDREN);
     // Nobody waits for the window any more if the process that was to show it has been ended.
-    if (::WaitForSingleObject(starter, 0) == WAIT_TIMEOUT)
+    if (IsRunning(starter))
     {
         ::SetEvent(painted);
         Keep(hWnd, hWndParent, presence.Done());
