@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <stdexcept>
 
 namespace selftest
 {
@@ -54,6 +55,16 @@ std::vector<std::wstring> FilesIn(const std::wstring& folder, const std::wstring
     ::FindClose(hFind);
     std::sort(names.begin(), names.end());
     return names;
+}
+
+void CopyFiles(const std::wstring& from, const std::wstring& to)
+{
+    ::CreateDirectoryW(to.c_str(), nullptr);
+    for (const std::wstring& name : FilesIn(from, L""))
+    {
+        if (!::CopyFileW((from + L"\\" + name).c_str(), (to + L"\\" + name).c_str(), FALSE))
+            throw std::runtime_error("cannot copy " + Utf8(name) + " to " + Utf8(to));
+    }
 }
 
 void RemoveTree(const std::wstring& folder)

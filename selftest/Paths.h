@@ -14,6 +14,9 @@ std::wstring OwnFolder();
 bool IsFile(const std::wstring& path);
 // Names of the files in a folder that end in the extension, in the order of the alphabet.
 std::vector<std::wstring> FilesIn(const std::wstring& folder, const std::wstring& extension);
+// Makes the folder and copies files into it, not what is in folders among them. Throws
+// std::runtime_error.
+void CopyFiles(const std::wstring& from, const std::wstring& to);
 // Removes a folder and all that is in it; links are removed, not followed.
 void RemoveTree(const std::wstring& folder);
 std::string ReadAll(const std::wstring& path);

@@ -40,16 +40,6 @@ std::vector<std::wstring> Places()
 {
     return {TempPath(), Environment(L"PUBLIC"), Environment(L"ProgramData"), OwnFolder()};
 }
-
-void CopyTree(const std::wstring& from, const std::wstring& to)
-{
-    ::CreateDirectoryW(to.c_str(), nullptr);
-    for (const std::wstring& name : FilesIn(from, L""))
-    {
-        if (!::CopyFileW((from + L"\\" + name).c_str(), (to + L"\\" + name).c_str(), FALSE))
-            throw std::runtime_error("cannot copy " + Utf8(name) + " to " + Utf8(to));
-    }
-}
 } // namespace
 
 Sandbox::Sandbox() : m_tempBefore(Environment(L"TEMP")), m_tmpBefore(Environment(L"TMP"))
@@ -95,7 +85,7 @@ std::wstring Sandbox::PlainCopyOf(const std::wstring& folder) const
     if (!plain.empty())
         return plain;
     const std::wstring copy = m_folder + L"\\programs";
-    CopyTree(folder, copy);
+    CopyFiles(folder, copy);
     return copy;
 }
 

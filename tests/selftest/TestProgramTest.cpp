@@ -169,8 +169,8 @@ TEST(SelfTestSandbox, IsGoneAfterwardsWithAllThatIsInIt)
     EXPECT_STREQ(szTempAfter, szTempBefore);
 }
 
-// Programs of another code page could not name it.
-TEST(SelfTestSandbox, CopiesProgramsFromAFolderWithOtherCharactersThanAscii)
+// Programs of another code page could not name it. Where the system keeps a short name, that serves.
+TEST(SelfTestSandbox, HasAPlainPathForProgramsInAFolderWithOtherCharactersThanAscii)
 {
     const Sandbox sandbox;
     const std::wstring folder = sandbox.Folder() + L"\\\x8868 (1)";
@@ -180,5 +180,10 @@ TEST(SelfTestSandbox, CopiesProgramsFromAFolderWithOtherCharactersThanAscii)
     EXPECT_TRUE(IsPlain(copy));
     EXPECT_EQ(ReadAll(copy + L"\\a.exe"), "x");
     EXPECT_EQ(sandbox.PlainCopyOf(sandbox.Folder()), sandbox.Folder());
+
+    // Where it keeps none, a copy does.
+    CopyFiles(folder, sandbox.Folder() + L"\\copy");
+    EXPECT_EQ(ReadAll(sandbox.Folder() + L"\\copy\\a.exe"), "x");
+    EXPECT_THROW(CopyFiles(folder, sandbox.Folder() + L"\\none\\copy"), std::runtime_error);
 }
 } // namespace selftest
