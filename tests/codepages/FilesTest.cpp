@@ -195,7 +195,7 @@ TEST_F(CodePageFiles, AreTextsWhoseSeparatorsAreFoundCharacterByCharacter)
         SCOPED_TRACE(name.bytes);
         const std::string text = name.bytes + "\\" + name.bytes;
         const CString str(text.c_str());
-        EXPECT_EQ(str.Find("\\"), static_cast<int>(name.bytes.size()));
+        EXPECT_EQ(str.Find('\\'), static_cast<int>(name.bytes.size()));
         EXPECT_EQ(str.ReverseFind('\\'), static_cast<int>(name.bytes.size()));
         CString strDoubled(str);
         EXPECT_EQ(strDoubled.Replace("\\", "\\\\"), 1);
