@@ -49,7 +49,7 @@ FIRST_TESTS = (
 )
 # All tests that run the library; the native ones run the same code as their namesakes there.
 ALL_TESTS = r"(binary|faults|frame|framework|hosts|install|runtime|ui|validate)\..*"
-NATIVE_ONLY = r".*Native\.(cpp|h)|.*/NativeTypes\.h"
+NATIVE_ONLY = r".*Native\.(cpp|h)|.*/PlatformTypes\.h"
 
 
 class Suite:
