@@ -21,6 +21,7 @@ ThreadState* GetThreadState();
 // The calling thread's state, or null when it has none yet.
 inline ThreadState* FindThreadState() noexcept
 {
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-static-cast-downcast): no thread is given another block
     return static_cast<ThreadState*>(FindThreadBlock());
 }
 
