@@ -19,7 +19,8 @@ make_wine() {
 }
 
 say 'Making a system with a 32-bit Wine, meanwhile:'
-make_wine &
+# Mirrors fail now and then.
+{ make_wine || { sleep 5; make_wine; }; } &
 wine_made=$!
 trap 'kill $wine_made 2> /dev/null || true; wait; debian_root_remove "$root"' EXIT
 trap 'exit 130' INT TERM HUP
