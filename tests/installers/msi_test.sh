@@ -29,9 +29,9 @@ install() { run /i "$(windows "$package")" "INSTALLFOLDER=$folder" "$@"; }
 table() { msiinfo export "$package" "$1" | tr -d '\r' | tail -n +4; }
 # In both views of the registry.
 programs() {
-    local software
-    for software in Software 'Software\Wow6432Node'; do
-        wine reg query "HKLM\\$software\\Microsoft\\Windows\\CurrentVersion\\Uninstall" /s 2> /dev/null
+    local view
+    for view in 32 64; do
+        wine reg query 'HKLM\Software\Microsoft\Windows\CurrentVersion\Uninstall' /s /reg:$view 2> /dev/null
     done
 }
 
