@@ -245,7 +245,7 @@ Var _Tarn_Waits     ; 1 while the wait window is open
   StrCpy $3 -1
   StrCpy $4 ""
   !insertmacro _Tarn_Quote 1
-  !insertmacro _Tarn_Run "check $1"
+  !insertmacro _Tarn_Run "check -- $1"
   ${If} $0 != "error"
     !insertmacro _Tarn_Read
     !insertmacro _Tarn_Line 0

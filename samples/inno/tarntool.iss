@@ -47,7 +47,7 @@ function TarnVerifyEmail(var Address, Message: String; var Position: Integer): B
 var
   Lines: TArrayOfString;
 begin
-  Result := TarnRun('check ' + TarnQuoted(Address), 4, Lines) = 0;
+  Result := TarnRun('check -- ' + TarnQuoted(Address), 4, Lines) = 0;
   Position := StrToIntDef(Lines[1], -1);
   Message := Lines[2];
   Address := Lines[3];
