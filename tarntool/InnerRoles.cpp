@@ -19,7 +19,7 @@ constexpr Role kRoles[] = {{L"inner-keep", &KeepWaitWindow}, {L"inner-guard", &G
 
 constexpr std::size_t kMaxLine = 32767; // of the system
 constexpr std::size_t kMaxRoleText = 200;
-constexpr DWORD kStartMilliseconds = 30000;
+constexpr DWORD kStartMilliseconds = 120000;
 constexpr WCHAR kHexDigits[] = L"0123456789ABCDEF";
 
 // In hexadecimal, with a blank behind it; taken off again by TakeNumber.

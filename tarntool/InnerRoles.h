@@ -8,8 +8,8 @@
 bool PlayInnerRole(LPCWSTR pszArguments, UINT* pnExitCode);
 
 // Starts a role and waits until it says that it is ready. Returns its process; null, with the last error,
-// when it cannot be started. *pbReady is false when it has ended instead, or did not come as far in half a
-// minute and was ended. Should this process be killed meanwhile, the role is, too.
+// when it cannot be started. *pbReady is false when it has ended instead, or did not come as far in two
+// minutes and was ended. Should this process be killed meanwhile, the role is, too.
 //
 // The role gets copies of the given handles, at most kMaxInherited, and nothing else, not even the
 // streams: a caller that reads a pipe to its end would wait for it. Its current folder is the system's.
