@@ -12,3 +12,17 @@ void FreeMemory(void* p) noexcept; // p may be null
 
 // Gives back the whole heap. Nothing that came from it may be used afterwards.
 void DestroyHeap() noexcept;
+
+// The heap's lock, for as long as the object lives. A thread that is terminated while it holds a lock
+// never releases it; this one is taken by whoever terminates a thread.
+class HeapGuard
+{
+public:
+    HeapGuard() noexcept;
+    ~HeapGuard();
+    HeapGuard(const HeapGuard&) = delete;
+    HeapGuard& operator=(const HeapGuard&) = delete;
+
+private:
+    void* m_hHeap; // null when it is not locked
+};

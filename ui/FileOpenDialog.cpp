@@ -18,7 +18,10 @@ extern "C" int DoFileOpenDialog(char* initialFolder, char* title, const char* fi
 {
     TARN_EXPORT_GUARD();
     const CString strFileName(path);
-    CFileDialog dlg(TRUE, defaultExtension, strFileName, OFN_FILEMUSTEXIST, filter, nullptr, 0);
+    // In its classic style, where a framework has two: the newer one takes the initial folder for a
+    // suggestion and has no read-only box.
+    CFileDialog dlg(TRUE, defaultExtension, strFileName, OFN_FILEMUSTEXIST, filter, nullptr, 0,
+                    FALSE);
     if (HasText(initialFolder))
         dlg.GetOFN().lpstrInitialDir = initialFolder;
     if (HasText(title))
@@ -26,6 +29,9 @@ extern "C" int DoFileOpenDialog(char* initialFolder, char* title, const char* fi
     if (dlg.DoModal() != IDOK)
         return 0;
     const CString strPath = dlg.GetPathName();
+    // No caller has room for it, and a part of it would be another file's path.
+    if (strPath.GetLength() >= TARN_OPEN_PATH_SIZE)
+        return 0;
     std::memcpy(path, strPath, static_cast<std::size_t>(strPath.GetLength()) + 1);
     return 1;
 }

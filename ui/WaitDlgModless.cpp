@@ -1,5 +1,7 @@
 #include "ui/WaitDlgModless.h"
 
+#include <malloc.h>
+
 #include <cstddef>
 #include <memory>
 
@@ -8,38 +10,77 @@ namespace
 constexpr UINT_PTR kTimerID = 333;
 constexpr UINT kTickMilliseconds = 600;
 constexpr int kTicksOfPatience = 100;
-constexpr DWORD kSleepMilliseconds = 10; // of a worker that is to be terminated, between two looks
+constexpr DWORD kSleepMilliseconds = 10; // of a worker that is held, between two looks
+constexpr DWORD kEndMilliseconds = 5000; // that a terminated worker is given to be gone
 
-// What stands in the block's hWnd instead of a window, besides null; no window has these values.
-HWND const kWaitJobKilled = reinterpret_cast<HWND>(static_cast<INT_PTR>(-1));
-HWND const kWaitJobAbandoned = reinterpret_cast<HWND>(static_cast<INT_PTR>(-2));
-
-bool IsWindowOrNull(HWND hWnd)
+// What stands in the upper half of the block's hWnd, of which a window handle needs the lower one.
+enum WaitJobMark : UINT
 {
-    return hWnd != kWaitJobKilled && hWnd != kWaitJobAbandoned;
+    kNoMark = 0,
+    kHeld = 1,     // the dialog's thread looks whether to terminate the worker, or has done so
+    kAbandoned = 2 // the dialog has ended; its object is the worker's
+};
+
+WaitJobMark MarkOf(HWND hWnd)
+{
+    return static_cast<WaitJobMark>(reinterpret_cast<UINT_PTR>(hWnd) >> 32);
 }
 
-HWND Exchange(WaitJobBlock& job, HWND hWnd)
+HWND WithMark(HWND hWnd, WaitJobMark mark)
 {
-    return static_cast<HWND>(
-        ::InterlockedExchangePointer(reinterpret_cast<void* volatile*>(&job.hWnd), hWnd));
+    return reinterpret_cast<HWND>(static_cast<UINT_PTR>(mark) << 32 | HandleToULong(hWnd));
 }
 
-// By the worker: takes the window out of the block, once the block is not marked as killed (any more).
+HWND WithoutMark(HWND hWnd)
+{
+    return static_cast<HWND>(LongToHandle(HandleToLong(hWnd)));
+}
+
+void* volatile* WindowOf(WaitJobBlock& job)
+{
+    return reinterpret_cast<void* volatile*>(&job.hWnd);
+}
+
+// Puts another window into the block, unless it has changed since it was looked at.
+bool Exchange(WaitJobBlock& job, HWND hWndSeen, HWND hWndNew)
+{
+    return ::InterlockedCompareExchangePointer(WindowOf(job), hWndNew, hWndSeen) == hWndSeen;
+}
+
+// By the worker: takes the window out of the block, once it is not held (any more).
 HWND TakeWindow(WaitJobBlock& job)
 {
-    auto* const pWindow = reinterpret_cast<void* volatile*>(&job.hWnd);
-    void* pSeen = nullptr;
+    HWND hWnd = nullptr;
     do
     {
-        // Killed: the dialog's thread is about to terminate this one. It had better be asleep than on
-        // its way through the loader, whose lock would then never be released.
-        for (pSeen = *pWindow; pSeen == kWaitJobKilled; pSeen = *pWindow)
+        // Held: the dialog's thread may be about to terminate this one. It had better be asleep than
+        // on its way through the loader, whose lock would then never be released.
+        for (hWnd = static_cast<HWND>(*WindowOf(job)); MarkOf(hWnd) == kHeld;
+             hWnd = static_cast<HWND>(*WindowOf(job)))
             ::Sleep(kSleepMilliseconds);
     }
-    while (::InterlockedCompareExchangePointer(pWindow, nullptr, pSeen) != pSeen);
-    return static_cast<HWND>(pSeen);
+    while (!Exchange(job, hWnd, nullptr));
+    return hWnd;
 }
+
+// Keeps every other thread out of the heap that operator new takes from: a thread that is terminated
+// in there would never release the heap's lock.
+class HeapHeld
+{
+public:
+    HeapHeld() : m_bLocked(::HeapLock(m_hHeap)) {}
+    ~HeapHeld()
+    {
+        if (m_bLocked)
+            ::HeapUnlock(m_hHeap);
+    }
+    HeapHeld(const HeapHeld&) = delete;
+    HeapHeld& operator=(const HeapHeld&) = delete;
+
+private:
+    HANDLE const m_hHeap = reinterpret_cast<HANDLE>(::_get_heap_handle());
+    BOOL m_bLocked;
+};
 } // namespace
 
 static_assert(sizeof(WaitJobBlock) == 32, "four words");
@@ -73,9 +114,8 @@ CWaitDlgModless::CWaitDlgModless(CWnd* pParent)
 
 CWaitDlgModless::~CWaitDlgModless()
 {
-    // Without knowing that the thread has ended, its object is better left behind than deleted.
-    if (m_pThread != nullptr &&
-        ::WaitForSingleObject(m_pThread->m_hThread, INFINITE) == WAIT_OBJECT_0)
+    // A thread deletes its object itself, unless it was terminated.
+    if (MarkOf(m_job.hWnd) == kHeld && WorkerHasEnded(0))
         delete m_pThread;
 }
 
@@ -121,53 +161,57 @@ CWaitDlgModless* CWaitDlgModless::FromBlock(WaitJobBlock* pBlock)
                                               offsetof(CWaitDlgModless, m_job));
 }
 
-void CWaitDlgModless::KillWorker()
+bool CWaitDlgModless::WorkerHasEnded(DWORD nMilliseconds) const
+{
+    return ::WaitForSingleObject(m_pThread->m_hThread, nMilliseconds) == WAIT_OBJECT_0;
+}
+
+bool CWaitDlgModless::HoldWorker()
 {
     if (m_pThread == nullptr)
+        return false;
+    HWND hWnd = nullptr;
+    do
+    {
+        hWnd = m_job.hWnd;
+        if (hWnd == nullptr)
+            return false;
+    }
+    while (!Exchange(m_job, hWnd, WithMark(hWnd, kHeld)));
+    return true;
+}
+
+void CWaitDlgModless::KillWorker()
+{
+    // The second time, it is dead already.
+    if (MarkOf(m_job.hWnd) == kHeld || !HoldWorker() || WorkerHasEnded(0))
         return;
-    HWND const hWnd = Exchange(m_job, kWaitJobKilled);
-    const bool bInJob = hWnd != nullptr && hWnd != kWaitJobKilled;
-    if (!bInJob || ::WaitForSingleObject(m_pThread->m_hThread, 0) == WAIT_OBJECT_0)
-        return;
+    const HeapHeld heap;
     // Termination is only asked for; until it has happened, the worker may still use the block.
     if (::TerminateThread(m_pThread->m_hThread, 0))
-        ::WaitForSingleObject(m_pThread->m_hThread, INFINITE);
+        WorkerHasEnded(kEndMilliseconds);
     else
-        Exchange(m_job, hWnd); // the worker goes on, and is left to itself
+        m_job.hWnd = m_hWnd; // the worker goes on, and is left to itself
 }
 
 bool CWaitDlgModless::LeaveToWorker()
 {
-    // A thread that somebody terminated will not delete anything.
-    if (m_pThread == nullptr || ::WaitForSingleObject(m_pThread->m_hThread, 0) == WAIT_OBJECT_0)
+    if (!HoldWorker() || WorkerHasEnded(0))
         return false;
-    HWND const hWnd = Exchange(m_job, kWaitJobAbandoned);
-    return hWnd != nullptr && hWnd != kWaitJobKilled;
+    m_job.hWnd = WithMark(m_job.hWnd, kAbandoned);
+    return true;
 }
 
 UINT WaitDlgThreadProc(LPVOID pBlock)
 {
-    // Before anything else: from its start the dialog owns the thread object and waits on its handle.
-    CWinThread* const pThread = AfxGetThread();
-    if (pThread != nullptr)
-        pThread->m_bAutoDelete = FALSE;
-
     WaitJobBlock& job = *static_cast<WaitJobBlock*>(pBlock);
     if (job.pfnJob == nullptr)
         return 0;
-    HWND const hWndForJob = job.hWnd;
-    job.nResult = job.pfnJob(job.pArg, IsWindowOrNull(hWndForJob) ? hWndForJob : nullptr);
+    job.nResult = job.pfnJob(job.pArg, WithoutMark(job.hWnd));
 
     HWND const hWnd = TakeWindow(job);
-    if (hWnd == kWaitJobAbandoned)
-    {
-        // Both objects are this thread's now; its own goes with its end.
-        CWaitDlgModless* const pDlg = CWaitDlgModless::FromBlock(&job);
-        CWinThread* const pOwnThread = pDlg->m_pThread;
-        pDlg->m_pThread = nullptr;
-        pOwnThread->m_bAutoDelete = TRUE;
-        delete pDlg;
-    }
+    if (MarkOf(hWnd) == kAbandoned)
+        delete CWaitDlgModless::FromBlock(&job);
     else if (hWnd != nullptr)
         ::PostMessage(hWnd, WM_WAITDLG_JOBDONE, 0, 0);
     return 0;

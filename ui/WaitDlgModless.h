@@ -6,14 +6,16 @@
 //   pArg, pfnJob  written before the worker starts, read by the worker only
 //   nResult       written by the worker when the job has returned, before it lets go of hWnd
 //   hWnd          written before the worker starts; from then on it says who acts last on the block,
-//                 and is only exchanged, never just written:
+//                 by its upper half, which a window handle does not need:
 //                   the worker, its job done, takes the window out (null) and posts
-//                   WM_WAITDLG_JOBDONE to it, its last use of the block
-//                   the watchdog takes it out before it terminates the worker (kWaitJobKilled), so
-//                   that it never terminates a worker that is past its job, and puts it back when
-//                   the system refuses; meanwhile the worker waits
-//                   RunJobWithWaitDlg takes it out when the dialog ended before the job
-//                   (kWaitJobAbandoned): the dialog object is then the worker's to delete
+//                   WM_WAITDLG_JOBDONE to it, its last use of the block; the thread's object is
+//                   the thread's own from then on, and nobody waits for its end
+//                   the dialog's thread marks it as held while it looks at the worker, so that it
+//                   never terminates one that is past its job, nor uses a thread object that is
+//                   gone; a worker that comes to its end meanwhile sleeps. The mark of one that was
+//                   terminated stays
+//                   RunJobWithWaitDlg marks it as abandoned when the dialog ended before the job:
+//                   the dialog object is then the worker's to delete
 #pragma once
 
 #include <afxwin.h>
@@ -42,14 +44,14 @@ class CWaitDlgModless : public CDialog
 {
 public:
     explicit CWaitDlgModless(CWnd* pParent = nullptr);
-    // Waits for a worker that still runs: the block goes with the object.
+    // The worker, if there is one, must be past its job or terminated: the block goes with the object.
     ~CWaitDlgModless() override;
 
     // Set before the window is made; an empty text leaves the template's.
     CString m_strMessage;
     CString m_strTitle;
 
-    CWinThread* m_pThread = nullptr; // owned; the worker, null when there is none
+    CWinThread* m_pThread = nullptr; // the worker while it is in its job; null when there is none
     WaitJobBlock m_job = {};
     int m_nTicks = 0; // ticks of any timer of the window, never reset
     UINT m_nTimerID = 0;
@@ -68,6 +70,10 @@ private:
     friend UINT WaitDlgThreadProc(LPVOID pBlock);
 
     static CWaitDlgModless* FromBlock(WaitJobBlock* pBlock);
+    // While the worker is held or in its job.
+    bool WorkerHasEnded(DWORD nMilliseconds) const;
+    // False when there is no worker, or it is past its job.
+    bool HoldWorker();
     // Terminates the worker if it is still in its job.
     void KillWorker();
     // True when the worker has been left to finish on its own and will delete the object.

@@ -2,13 +2,14 @@
 
 #include "framework/exceptions/CException.h"
 #include "framework/modules/CWinApp.h"
-#include "framework/windows/CWnd.h"
+#include "framework/windows/ModalOwner.h"
 
 int AfxMessageBox(LPCSTR lpszText, UINT nType, UINT /*nIDHelp*/)
 {
     if ((nType & MB_ICONMASK) == 0)
         nType |= MB_ICONEXCLAMATION;
-    return ::MessageBoxA(GetModalOwner(nullptr), lpszText, AfxGetAppName(), nType);
+    const ModalOwner owner(nullptr);
+    return ::MessageBoxA(owner.Handle(), lpszText, AfxGetAppName(), nType);
 }
 
 // Here, and not with the rest of its class, because it shows a window.

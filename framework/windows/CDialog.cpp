@@ -2,6 +2,7 @@
 
 #include "framework/exceptions/CException.h"
 #include "framework/modules/MaintainState.h"
+#include "framework/windows/ModalOwner.h"
 
 BEGIN_MESSAGE_MAP(CDialog, CWnd)
 END_MESSAGE_MAP()
@@ -40,9 +41,9 @@ BOOL CDialog::Create(UINT nIDTemplate, CWnd* pParentWnd)
 INT_PTR CDialog::DoModal()
 {
     const ProcessActCtx context;
-    return ::DialogBoxParamA(AfxGetResourceHandle(), m_lpszTemplateName,
-                             GetModalOwner(m_pParentWnd), &CDialog::DialogProc,
-                             reinterpret_cast<LPARAM>(this));
+    const ModalOwner owner(m_pParentWnd);
+    return ::DialogBoxParamA(AfxGetResourceHandle(), m_lpszTemplateName, owner.Handle(),
+                             &CDialog::DialogProc, reinterpret_cast<LPARAM>(this));
 }
 
 BOOL CDialog::OnInitDialog()

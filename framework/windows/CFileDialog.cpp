@@ -1,12 +1,14 @@
 #include "framework/windows/CFileDialog.h"
 
 #include "framework/text/CodePage.h"
+#include "framework/windows/ModalOwner.h"
 #include "runtime/SystemLibrary.h"
 
 #include <cstring>
 
 CFileDialog::CFileDialog(BOOL /*bOpenFileDialog*/, LPCSTR lpszDefExt, LPCSTR lpszFileName,
-                         DWORD dwFlags, LPCSTR lpszFilter, CWnd* pParentWnd, DWORD dwSize)
+                         DWORD dwFlags, LPCSTR lpszFilter, CWnd* pParentWnd, DWORD dwSize,
+                         BOOL /*bVistaStyle*/)
 {
     m_pParentWnd = pParentWnd;
     m_ofn.lStructSize = dwSize != 0 ? dwSize : sizeof(m_ofn);
@@ -24,7 +26,7 @@ CFileDialog::CFileDialog(BOOL /*bOpenFileDialog*/, LPCSTR lpszDefExt, LPCSTR lps
             p += CharLength(p, pEnd);
         std::memcpy(m_szFileName, lpszFileName, static_cast<std::size_t>(p - lpszFileName));
     }
-    if (lpszFilter != nullptr && *lpszFilter != '\0')
+    if (lpszFilter != nullptr)
     {
         // The list ends with an empty text; the string's own terminator makes sure of it.
         m_strFilter = lpszFilter;
@@ -36,7 +38,6 @@ CFileDialog::CFileDialog(BOOL /*bOpenFileDialog*/, LPCSTR lpszDefExt, LPCSTR lps
 
 INT_PTR CFileDialog::DoModal()
 {
-    m_ofn.hwndOwner = GetModalOwner(m_pParentWnd);
     // Not linked: it would bring the shell into every process that loads this library.
     HMODULE const hDialogs = LoadSystemLibrary("comdlg32.dll");
     if (hDialogs == nullptr)
@@ -44,5 +45,12 @@ INT_PTR CFileDialog::DoModal()
     using OpenFunction = BOOL(APIENTRY*)(LPOPENFILENAMEA);
     const auto pfnOpen = reinterpret_cast<OpenFunction>(
         reinterpret_cast<void*>(::GetProcAddress(hDialogs, "GetOpenFileNameA")));
-    return pfnOpen != nullptr && pfnOpen(&m_ofn) ? IDOK : IDCANCEL;
+    if (pfnOpen == nullptr)
+        return IDCANCEL;
+    const ModalOwner owner(m_pParentWnd);
+    m_ofn.hwndOwner = owner.Handle();
+    const BOOL bConfirmed = pfnOpen(&m_ofn);
+    // A path that fills all of it comes without a terminator.
+    m_szFileName[sizeof(m_szFileName) - 1] = '\0';
+    return bConfirmed ? IDOK : IDCANCEL;
 }

@@ -3,6 +3,7 @@
 #include "framework/exceptions/CException.h"
 #include "framework/modules/MaintainState.h"
 #include "framework/modules/ModuleState.h"
+#include "runtime/Heap.h"
 
 namespace
 {
@@ -17,8 +18,8 @@ END_MESSAGE_MAP()
 
 namespace
 {
-// The module's live windows, for the day it is unloaded before they are gone.
-SRWLOCK g_windowsLock = SRWLOCK_INIT;
+// The module's live windows, for the day it is unloaded before they are gone. Guarded by the heap's
+// lock, because nobody is ever terminated who holds it.
 CWnd* g_pFirstWnd = nullptr;
 } // namespace
 
@@ -27,11 +28,9 @@ CWnd::~CWnd()
     if (m_pModuleState == nullptr)
         return;
     // Not the virtual function: this is what is left of the object.
-    if (!::DestroyWindow(m_hWnd) && m_pModuleState != nullptr)
-    {
-        ::ShowWindowAsync(m_hWnd, SW_HIDE);
+    ::DestroyWindow(m_hWnd);
+    if (m_pModuleState != nullptr)
         Orphan();
-    }
 }
 
 CWnd* CWnd::BoundTo(HWND hWnd)
@@ -58,10 +57,11 @@ void CWnd::Bind(HWND hWnd)
 {
     m_hWnd = hWnd;
     m_pModuleState = GetCurrentModuleState();
-    ::AcquireSRWLockExclusive(&g_windowsLock);
-    m_pNextWnd = g_pFirstWnd;
-    g_pFirstWnd = this;
-    ::ReleaseSRWLockExclusive(&g_windowsLock);
+    {
+        const HeapGuard guard;
+        m_pNextWnd = g_pFirstWnd;
+        g_pFirstWnd = this;
+    }
     ::SetWindowLongPtrA(hWnd, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
     m_pfnSuper = reinterpret_cast<WNDPROC>(::SetWindowLongPtrA(
         hWnd, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(m_pModuleState->m_pfnWndProc)));
@@ -69,23 +69,26 @@ void CWnd::Bind(HWND hWnd)
 
 void CWnd::Unbind() noexcept
 {
-    ::AcquireSRWLockExclusive(&g_windowsLock);
+    const HeapGuard guard;
     CWnd** ppWnd = &g_pFirstWnd;
     while (*ppWnd != nullptr && *ppWnd != this)
         ppWnd = &(*ppWnd)->m_pNextWnd;
     if (*ppWnd != nullptr)
         *ppWnd = m_pNextWnd;
-    ::ReleaseSRWLockExclusive(&g_windowsLock);
     m_pModuleState = nullptr;
     m_hWnd = nullptr;
 }
 
 void CWnd::Orphan() noexcept
 {
-    ::SetWindowLongPtrA(m_hWnd, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(m_pfnSuper));
-    ::SetWindowLongPtrA(m_hWnd, GWLP_USERDATA, 0);
-    // A dialog's window knows one more procedure of this module.
-    ::SetWindowLongPtrA(m_hWnd, DWLP_DLGPROC, 0);
+    // The window of a thread that has ended went without a message, and another may have its handle.
+    if (BoundTo(m_hWnd) == this)
+    {
+        ::SetWindowLongPtrA(m_hWnd, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(m_pfnSuper));
+        ::SetWindowLongPtrA(m_hWnd, GWLP_USERDATA, 0);
+        // A dialog's window knows one more procedure of this module.
+        ::SetWindowLongPtrA(m_hWnd, DWLP_DLGPROC, 0);
+    }
     Unbind();
 }
 
@@ -173,10 +176,4 @@ LRESULT CALLBACK LibraryWndProc(HWND hWnd, UINT message, WPARAM wParam, LPARAM l
     // Throws nothing: a thread that has a window of the library has its thread state.
     AFX_MANAGE_STATE(AfxGetStaticModuleState());
     return AfxWndProc(hWnd, message, wParam, lParam);
-}
-
-HWND GetModalOwner(const CWnd* pParentWnd)
-{
-    HWND const hWnd = pParentWnd != nullptr ? pParentWnd->GetSafeHwnd() : nullptr;
-    return hWnd != nullptr ? hWnd : ::GetActiveWindow();
 }

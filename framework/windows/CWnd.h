@@ -16,7 +16,7 @@ class CWnd : public CCmdTarget
 {
 public:
     CWnd() = default;
-    // Destroys the window; on another thread than the window's, hides it and leaves it behind.
+    // Destroys the window; one that the system does not destroy is left behind, inert.
     ~CWnd() override;
 
     static CWnd* BoundTo(HWND hWnd);
@@ -50,7 +50,8 @@ public:
 
 protected:
     // Called for every message; those that no map and no override takes go to the procedure that the
-    // window had before.
+    // window had before. A handler may end with its object deleted, by whomever its last call reached:
+    // nothing here touches the object after a handler has returned.
     virtual LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam);
     // TRUE, with the result in *pResult, when the message has been handled.
     virtual BOOL OnWndMsg(UINT message, WPARAM wParam, LPARAM lParam, LRESULT* pResult);
@@ -79,7 +80,3 @@ LRESULT CALLBACK AfxWndProc(HWND hWnd, UINT message, WPARAM wParam, LPARAM lPara
 // The window procedure of a library: as AfxWndProc, with the library's module state current, since
 // the message may come through the message loop of the program that loaded it.
 LRESULT CALLBACK LibraryWndProc(HWND hWnd, UINT message, WPARAM wParam, LPARAM lParam);
-
-// The owner for a modal window: the given one or, without, the calling thread's active window, so
-// that the modal window cannot fall behind it.
-HWND GetModalOwner(const CWnd* pParentWnd);

@@ -404,7 +404,7 @@ TEST(JobFault, OfWaitingForTheWorkerCostsAHandleAndNothingElse)
         before = ResourceCount::Now();
         const FailingCall failing(jobs.Module(), "WaitForSingleObject", WAIT_FAILED);
         ExpectToWork(jobs);
-        EXPECT_GE(FailingCall::Calls(), 1);
+        EXPECT_EQ(FailingCall::Calls(), 0) << "nobody waits for a worker that is past its job";
         {
             HeldJob killed;
             DriverThread driver([&killed] {
@@ -545,27 +545,39 @@ TEST(JobFault, OfTheOwnerThatDiesEndsTheWaitAndLeavesTheJobAlone)
 
 HeldJob* g_pJobToEnd = nullptr;
 
+volatile LONG g_bAsleep = FALSE;
+
+void WINAPI NoteSleep(DWORD nMilliseconds)
+{
+    g_bAsleep = TRUE;
+    ::Sleep(nMilliseconds);
+}
+
 DWORD WINAPI LookAndThenEndTheJob(HANDLE hObject, DWORD nMilliseconds)
 {
     const DWORD nResult = WaitIfValid(hObject, nMilliseconds);
     if (nMilliseconds == 0 && g_pJobToEnd != nullptr)
     {
         ::SetEvent(g_pJobToEnd->hMayEnd);
-        EXPECT_TRUE(g_pJobToEnd->WorkerHasEnded());
+        EXPECT_TRUE(WaitFor([] { return g_bAsleep != FALSE; }));
+        EXPECT_FALSE(g_pJobToEnd->WorkerHasEnded(0));
         g_pJobToEnd = nullptr;
     }
     return nResult;
 }
 
-// When the dialog looks, the job still runs; when it then wants to leave its object to the job, that has
-// ended, and the object is the dialog's to delete.
+// When the dialog looks, the job still runs, and ends before the dialog has left its object to it: the
+// worker sleeps until that has been settled, and deletes the object.
 TEST(JobRace, BetweenEnterAndTheEndOfTheJobLeavesNothingBehind)
 {
     ExpectCleanRound([](const LoadedJobs& jobs) {
         HeldJob job;
+        g_bAsleep = FALSE;
         const ImportPatch patch(jobs.Module(), "WaitForSingleObject",
                                 reinterpret_cast<void*>(&LookAndThenEndTheJob));
+        const ImportPatch sleeps(jobs.Module(), "Sleep", reinterpret_cast<void*>(&NoteSleep));
         ASSERT_TRUE(patch.IsActive());
+        ASSERT_TRUE(sleeps.IsActive());
         DriverThread driver([&job] {
             HWND const hWnd = WaitForDialog();
             EXPECT_TRUE(job.HasStarted());
@@ -574,6 +586,7 @@ TEST(JobRace, BetweenEnterAndTheEndOfTheJobLeavesNothingBehind)
         });
         EXPECT_EQ(jobs.Run(&HeldJob::Run, &job), 0);
         EXPECT_EQ(g_pJobToEnd, nullptr) << "nobody looked";
+        EXPECT_TRUE(job.WorkerHasEnded());
     });
 }
 
@@ -589,14 +602,6 @@ BOOL WINAPI PostWhenToldTo(HWND hWnd, UINT message, WPARAM wParam, LPARAM lParam
     return ::PostMessageA(hWnd, message, wParam, lParam);
 }
 
-// Not before the dialog waits for the worker's end.
-DWORD WINAPI WaitAndLetThePostEnd(HANDLE hObject, DWORD nMilliseconds)
-{
-    if (nMilliseconds == INFINITE)
-        ::SetEvent(g_hPostMayEnd);
-    return WaitIfValid(hObject, nMilliseconds);
-}
-
 // The job has ended, and its thread is on its way out when the watchdog comes: nobody is to be
 // terminated any more, and the result counts.
 TEST(JobRace, BetweenTheEndOfTheJobAndTheWatchdogTerminatesNobody)
@@ -609,8 +614,6 @@ TEST(JobRace, BetweenTheEndOfTheJobAndTheWatchdogTerminatesNobody)
         {
             const ImportPatch patch(jobs.Module(), "PostMessageA",
                                     reinterpret_cast<void*>(&PostWhenToldTo));
-            const ImportPatch waits(jobs.Module(), "WaitForSingleObject",
-                                    reinterpret_cast<void*>(&WaitAndLetThePostEnd));
             const FailingCall failing(jobs.Module(), "TerminateThread", TRUE);
             DriverThread driver([] {
                 HWND const hWnd = WaitForDialog();
@@ -619,8 +622,9 @@ TEST(JobRace, BetweenTheEndOfTheJobAndTheWatchdogTerminatesNobody)
             });
             EXPECT_EQ(jobs.Run(&CountRuns, &nRuns), kValue);
             EXPECT_EQ(FailingCall::Calls(), 0);
-            EXPECT_TRUE(g_bPosted) << "before its object is deleted";
+            EXPECT_FALSE(g_bPosted) << "nobody waits for the worker";
             ::SetEvent(g_hPostMayEnd);
+            EXPECT_TRUE(WaitFor([] { return g_bPosted != FALSE; }));
         }
         EXPECT_EQ(nRuns, 1);
         ::CloseHandle(g_hPosts);

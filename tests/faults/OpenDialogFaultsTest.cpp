@@ -4,6 +4,7 @@
 #include "tests/support/FailingCall.h"
 #include "tests/support/LoadedTarn.h"
 #include "tests/support/TempFolder.h"
+#include "tests/support/WindowDriver.h"
 
 #include <gtest/gtest.h>
 
@@ -16,6 +17,8 @@
 #include <cstring>
 #include <memory>
 #include <string>
+
+using namespace window_driver;
 
 namespace
 {
@@ -33,6 +36,9 @@ struct Asked
     DWORD nFlags;
 };
 Asked g_asked;
+HWND g_hToActivate = nullptr; // by the dialog, as if the user had
+HWND g_hToLookAt = nullptr;
+bool g_bEnabled = false;
 
 BOOL APIENTRY Answer(LPOPENFILENAMEA pofn)
 {
@@ -42,6 +48,9 @@ BOOL APIENTRY Answer(LPOPENFILENAMEA pofn)
     g_asked.pszTitle = pofn->lpstrTitle;
     g_asked.nFlags = pofn->Flags;
     EXPECT_EQ(pofn->lStructSize, sizeof(OPENFILENAMEA));
+    if (g_hToActivate != nullptr)
+        ::SetActiveWindow(g_hToActivate);
+    g_bEnabled = g_hToLookAt != nullptr && ::IsWindowEnabled(g_hToLookAt);
     // A dialog that fails may have written before.
     ::lstrcpynA(pofn->lpstrFile, kChosen, static_cast<int>(pofn->nMaxFile));
     return g_asked.bConfirms;
@@ -245,9 +254,69 @@ TEST_F(OpenDialogFault, OfTheActiveWindowLeavesTheDialogWithoutAnOwner)
             const FailingCall failing(pTarn->Module(), "GetActiveWindow");
             g_asked.hOwner = ::GetDesktopWindow();
             const int nOpened = Open();
-            EXPECT_EQ(FailingCall::Calls(), 1);
+            EXPECT_GE(FailingCall::Calls(), 1);
             EXPECT_EQ(g_asked.hOwner, nullptr);
             EXPECT_STREQ(buffer, kChosen);
+            Fill();
+            return nOpened;
+        },
+        [this] { ExpectToWork(); });
+}
+
+// The installer's other windows take clicks while the dialog is open, or another of them is active
+// afterwards; the dialog does its work.
+TEST_F(OpenDialogFault, OfKeepingOtherWindowsFromClicksChangesNothingElse)
+{
+    const HostWindow first(0, 0, 100, 100);
+    const HostWindow second(100, 0, 200, 100);
+    ::ShowWindow(first.Handle(), SW_SHOW);
+    ::ShowWindow(second.Handle(), SW_SHOW);
+    for (const char* const pszFunction : {"EnumWindows", "EnableWindow", "SetActiveWindow"})
+    {
+        SCOPED_TRACE(pszFunction);
+        ExpectCleanFault(
+            1,
+            [&] {
+                const ImportPatch patch(pTarn->Module(), "GetProcAddress",
+                                        reinterpret_cast<void*>(&FindAnswer));
+                ::SetActiveWindow(first.Handle());
+                g_hToActivate = second.Handle();
+                const FailingCall failing(pTarn->Module(), pszFunction);
+                const int nOpened = Open();
+                EXPECT_GE(FailingCall::Calls(), 1);
+                EXPECT_STREQ(buffer, kChosen);
+                EXPECT_TRUE(::IsWindowEnabled(first.Handle()));
+                EXPECT_TRUE(::IsWindowEnabled(second.Handle()));
+                g_hToActivate = nullptr;
+                Fill();
+                return nOpened;
+            },
+            [this] { ExpectToWork(); });
+    }
+}
+
+// It counts as one that does not handle messages.
+TEST_F(OpenDialogFault, OfAskingAWindowOfAnotherThreadLeavesThatOneAlone)
+{
+    const HostWindow installer(0, 0, 100, 100);
+    ::ShowWindow(installer.Handle(), SW_SHOW);
+    ExpectCleanFault(
+        1,
+        [&] {
+            int nOpened = 0;
+            DriverThread section([&] {
+                pTarn->DoWaitDlgModless(installer.Handle(), "of a section", "x");
+                const ImportPatch patch(pTarn->Module(), "GetProcAddress",
+                                        reinterpret_cast<void*>(&FindAnswer));
+                const FailingCall failing(pTarn->Module(), "SendMessageTimeoutA");
+                g_hToLookAt = installer.Handle();
+                nOpened = Open();
+                EXPECT_GE(FailingCall::Calls(), 1);
+                EXPECT_TRUE(g_bEnabled);
+                g_hToLookAt = nullptr;
+                pTarn->CloseWaitDlg();
+            });
+            section.Join();
             Fill();
             return nOpened;
         },

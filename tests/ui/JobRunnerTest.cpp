@@ -129,6 +129,12 @@ BOOL WINAPI CountPosts(HWND /*hWnd*/, UINT message, WPARAM /*wParam*/, LPARAM /*
     return TRUE;
 }
 
+// A window as it stands in a block whose worker is held (1) or left to itself (2).
+HWND Marked(HWND hWnd, UINT nMark)
+{
+    return reinterpret_cast<HWND>(reinterpret_cast<ULONG_PTR>(hWnd) | ULONG_PTR{nMark} << 32);
+}
+
 int CountJobsDone(HWND hWnd)
 {
     int nMessages = 0;
@@ -172,8 +178,8 @@ TEST(WaitJobBlock, IsFourWordsOfZero)
 TEST(WaitDialog, StartsEmptyAndWithoutAWindow)
 {
     const OpenDialog dlg;
-    EXPECT_EQ(dlg.m_strMessage, "");
-    EXPECT_EQ(dlg.m_strTitle, "");
+    EXPECT_STREQ(dlg.m_strMessage, "");
+    EXPECT_STREQ(dlg.m_strTitle, "");
     EXPECT_EQ(dlg.m_pThread, nullptr);
     EXPECT_EQ(dlg.m_nTicks, 0);
     EXPECT_EQ(dlg.m_nTimerID, 0U);
@@ -258,9 +264,8 @@ TEST(WaitDialog, HasAWorkerProcedureThatPostsNothingWithoutAWindow)
     EXPECT_FALSE(::PeekMessageA(&msg, nullptr, WM_WAITDLG_JOBDONE, WM_WAITDLG_JOBDONE, PM_REMOVE));
 }
 
-// A worker may come to its job only after the dialog has taken the window out of the block, and put -1
-// or -2 there.
-TEST(WaitDialog, HasAWorkerProcedureThatGivesAMarkToNoJobForAWindow)
+// A worker may come to its job only after the dialog's thread has marked the window in the block.
+TEST(WaitDialog, HasAWorkerProcedureThatGivesTheJobTheWindowWithoutAnyMark)
 {
     struct Late
     {
@@ -273,12 +278,13 @@ TEST(WaitDialog, HasAWorkerProcedureThatGivesAMarkToNoJobForAWindow)
         late.block.hWnd = nullptr; // no dialog is there to follow the mark up
         return 1;
     };
-    for (const INT_PTR nMark : {-1, -2})
+    HWND const hWnd = ::GetDesktopWindow();
+    for (const UINT nMark : {1U, 2U})
     {
-        Late late = {{reinterpret_cast<HWND>(nMark), &late, 0, pfnJob}, ::GetDesktopWindow()};
+        Late late = {{Marked(hWnd, nMark), &late, 0, pfnJob}, nullptr};
         EXPECT_EQ(WaitDlgThreadProc(&late.block), 0U);
         EXPECT_EQ(late.block.nResult, 1);
-        EXPECT_EQ(late.hWnd, nullptr) << nMark;
+        EXPECT_EQ(late.hWnd, hWnd) << nMark;
     }
 }
 
@@ -288,7 +294,8 @@ TEST(WaitDialog, HasAWorkerProcedureThatSleepsWhileItIsAboutToBeTerminated)
     Contest contest;
     contest.hWnd = host.Handle();
     const WaitJobProc pfnJob = [](void* pArg, HWND /*hWnd*/) -> LONGLONG {
-        static_cast<Contest*>(pArg)->Exchange(reinterpret_cast<HWND>(INT_PTR{-1}));
+        auto& held = *static_cast<Contest*>(pArg);
+        held.Exchange(Marked(held.hWnd, 1));
         return 1;
     };
     contest.block = {host.Handle(), &contest, 0, pfnJob};
@@ -371,7 +378,8 @@ TEST(WaitDialog, WaitsUntilTheTerminatedWorkerIsReallyGone)
     dlg.DestroyWindow();
 }
 
-TEST(WaitDialog, KeepsTheWorkersThreadObjectAliveAfterTheWorkersEnd)
+// A thread object that has deleted itself is not to be asked for its handle any more.
+TEST(WaitDialog, LooksAtTheWorkersThreadOnlyWhileThatIsInItsJob)
 {
     LONGLONG nValue = 5;
     OpenDialog dlg;
@@ -379,16 +387,12 @@ TEST(WaitDialog, KeepsTheWorkersThreadObjectAliveAfterTheWorkersEnd)
     dlg.m_job.pfnJob = &ReturnArgument;
     ASSERT_TRUE(dlg.Create(IDD_WAITDLG, nullptr));
     ASSERT_NE(dlg.m_pThread, nullptr);
-    ASSERT_EQ(::WaitForSingleObject(dlg.m_pThread->m_hThread, kLimitMilliseconds),
-              static_cast<DWORD>(WAIT_OBJECT_0));
-    EXPECT_FALSE(dlg.m_pThread->m_bAutoDelete);
-    EXPECT_EQ(dlg.m_job.nResult, 5);
     HWND const hWnd = dlg.GetSafeHwnd();
     EXPECT_TRUE(PumpUntil([hWnd] { return !::IsWindowVisible(hWnd); }));
+    EXPECT_EQ(dlg.m_job.nResult, 5);
+    dlg.m_pThread = reinterpret_cast<CWinThread*>(INT_PTR{16}); // as good as gone
     Tick(hWnd, kWatchdogTicks); // the watchdog finds nothing to terminate
-    DWORD nExitCode = 1;
-    EXPECT_TRUE(::GetExitCodeThread(dlg.m_pThread->m_hThread, &nExitCode));
-    EXPECT_EQ(nExitCode, 0U);
+    EXPECT_FALSE(::IsWindowVisible(hWnd));
     dlg.DestroyWindow();
 }
 

@@ -6,6 +6,8 @@
 #include "tests/support/WindowDriver.h"
 #include "ui/resource.h"
 
+#include "framework/windows/ModalOwner.h"
+
 #include <gtest/gtest.h>
 
 using namespace window_driver;
@@ -77,10 +79,11 @@ TEST(CDialog, IsOwnedByItsParent)
     TestDialog child;
     ASSERT_TRUE(child.Create(IDD_WAITDLG, &parent));
     EXPECT_EQ(::GetWindow(child.GetSafeHwnd(), GW_OWNER), parent.GetSafeHwnd());
-    EXPECT_EQ(GetModalOwner(&parent), parent.GetSafeHwnd());
+    EXPECT_EQ(ModalOwner(&parent).Handle(), parent.GetSafeHwnd());
     child.DestroyWindow();
     parent.DestroyWindow();
-    EXPECT_EQ(GetModalOwner(&parent), ::GetActiveWindow()) << "without a window it is no owner";
+    EXPECT_EQ(ModalOwner(&parent).Handle(), ModalOwner(nullptr).Handle())
+        << "without a window it is no owner";
 }
 
 TEST(CDialog, LetsNoExceptionOutToTheSystem)
