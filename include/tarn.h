@@ -16,6 +16,15 @@
  *   be called from the installer's user-interface thread. FileCopy, PutInRunOnce, VerifyEmail and
  *   Write_ch_config_File keep nothing between calls and may run on several threads at once; the
  *   wait window and the Open dialog belong to the thread that shows them.
+ * - A function may be called from within another: showing, activating and closing windows sends the
+ *   installer's windows messages before the call returns, and their procedures may call any of the
+ *   seven, at any depth. Each call does what it does from outside. Of the wait window the latest call
+ *   counts: CloseWaitDlg from within DoWaitDlgModless closes the window that is being opened, and the
+ *   outer call returns without it; DoWaitDlgModless from within CloseWaitDlg leaves the new one open.
+ * - While the library shows a box or a dialog, the other windows of the calling thread take no clicks;
+ *   nor do those of other threads when the wait window is the calling thread's only window. Afterwards
+ *   what was enabled is enabled, and the window that was active is active. Box and dialog stand over
+ *   the wait window while that is visible, and have nothing to do with it when it has hidden.
  * - Nothing is logged. The only message box that the library shows of its own accord is the one
  *   that Write_ch_config_File documents.
  * - A failure that cannot be put into a result (no memory, a disk that fills up while a file is
@@ -77,6 +86,10 @@ extern "C" {
  * by CloseWaitDlg, the older one hides after its minute and its memory stays in use until the
  * library is unloaded.
  *
+ * A thread that handles no messages for 5 seconds is taken for hung: Windows then puts a ghost window
+ * in the place of each of its windows, which says so, and which the user can move and close. Handle
+ * messages between the steps of the work, or call the system's DisableProcessWindowsGhosting first.
+ *
  * A wait window that is still open when the library is unloaded is not closed: it is left behind,
  * inert, until its thread ends.
  */
@@ -84,7 +97,11 @@ int DoWaitDlgModless(HWND parent, const char* title, const char* message);
 
 /*
  * Destroys the wait window that the latest DoWaitDlgModless opened. Without one, or when called a
- * second time, it does nothing. Call it on the thread that opened the window.
+ * second time, it does nothing.
+ *
+ * Call it on the thread that opened the window: the system lets no other thread destroy it. On another
+ * thread the library only forgets the window, which lives on until its minute is over and it hides; it
+ * stays hidden until its thread ends, and its memory in use until the library is unloaded.
  *
  * Returns 0, always. Does not pump messages.
  */
@@ -93,10 +110,12 @@ int CloseWaitDlg(void);
 /*
  * Lets the user pick one existing file in the system's Open dialog and returns its full path.
  *
- * initialFolder     Folder that the dialog opens in. May be null or empty: the system's choice.
+ * initialFolder     Folder that the dialog opens in; see below for what goes before it. May be null or
+ *                   empty: the system's choice.
  * title             Caption of the dialog. May be null or empty: the system's own.
  * filter            Pairs of display text and pattern, each ended by a vertical bar, the list by
- *                   one more: "Licence files (*.lic)|*.lic|All files|*.*||". May be null: none.
+ *                   one more: "Licence files (*.lic)|*.lic|All files|*.*||". Passed on as it is, an
+ *                   empty one too. May be null: none.
  * defaultExtension  Appended, without a dot, to a typed name that has none. May be null: nothing
  *                   is appended.
  * path              In: the file name that the dialog starts with; an empty string for none, and at
@@ -104,12 +123,20 @@ int CloseWaitDlg(void);
  *                   at most 259 bytes and the terminating zero, so the buffer has at least
  *                   TARN_OPEN_PATH_SIZE (260) bytes. Must not be null.
  *
- * Returns 1 when the user confirmed a file; path then holds it. Returns 0 when the user cancelled or
- * the dialog could not be shown; path is then byte for byte as it was.
+ * Returns 1 when the user confirmed a file; path then holds it. Returns 0 when the user cancelled, the
+ * dialog could not be shown, or the path has 260 bytes or more; path is then byte for byte as it was.
  *
  * The call returns when the dialog is closed; meanwhile the dialog pumps the thread's messages. Its
- * owner is the calling thread's active window. The read-only box of the dialog is shown and its
- * state ignored. The system's Open dialog may change the process's current folder.
+ * owner is the calling thread's wait window while that is visible, else its active window. The
+ * system's Open dialog may change the process's current folder.
+ *
+ * What Windows documents for its dialog, from Windows 7 on: it opens in the folder that the user chose
+ * last time, if initialFolder is the one that the program passed when it first showed such a dialog;
+ * else in the folder of a path in the initial name; else in initialFolder. An initial name that is a
+ * folder's is a name like any other: confirming it opens that folder in the dialog; with a separator
+ * at its end the system may refuse to show the dialog. The read-only choice, whose state is ignored,
+ * is a box in the classic dialog and a menu of the Open button in the newer one. The thread should
+ * not be in a multithreaded COM apartment, in which the shell's parts of the dialog do not work.
  */
 int DoFileOpenDialog(char* initialFolder, char* title, const char* filter,
                      const char* defaultExtension, char* path);
