@@ -4,7 +4,7 @@
 #include "tests/hosts/ReactingHost.h"
 #include "tests/support/CallersState.h"
 #include "tests/support/LoadedTarn.h"
-#include "tests/support/ResourceCount.h"
+#include "tests/support/RoundCost.h"
 #include "tests/support/TempFolder.h"
 #include "tests/support/WindowDriver.h"
 
