@@ -18,10 +18,15 @@ shows() { grep -q $'\t'"$(quote "$1") *\$" <<< "$screen"; }
 # shellcheck disable=SC2001 # a bracket expression that no substitution of the shell has
 quote() { sed 's/[][\.*^$]/\\&/g' <<< "$1"; }
 
-# until_shown TEXT, until_gone TEXT: looks until the text is there, or no longer there.
+show_all() {
+    local text
+    for text; do shows "$text" || return; done
+}
+
+# until_shown TEXT..., until_gone TEXT: looks until the texts are there, on one screen, or it is no longer there.
 until_shown() {
     local limit=$((SECONDS + 30))
-    until look && shows "$1"; do
+    until look && show_all "$@"; do
         [ $SECONDS -lt $limit ] || return 1
     done
 }
@@ -120,9 +125,8 @@ offer_licence() {
 # wait_window TEXT WINDOW: the wait window is there, over the middle of that window, which says the text.
 wait_window() {
     local outer wait_rectangle
-    check 'the wait window appears' '' until_shown 'Please wait'
-    check 'the wait window says how long' '' shows 'This takes less than a minute.'
-    check 'the page behind it says what is being done' '' shows "$1"
+    check 'the wait window says how long, and the page behind it what is being done' '' \
+        until_shown 'Please wait' 'This takes less than a minute.' "$1"
     check '"please wait" is said once' '' equal "$(grep -ic $'\t[^\t]*please wait' <<< "$screen")" 1
     # Centred: the same middle as the wizard, with the halves cut off toward zero.
     outer=$(rectangle "$2")
