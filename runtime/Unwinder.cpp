@@ -152,6 +152,14 @@ EXCEPTION_DISPOSITION __gxx_personality_seh0(PEXCEPTION_RECORD pRecord, void* pF
     return ExceptionContinueSearch;
 }
 
+// GCC 14 gives frames that only clean up the handler of C, when it optimises the library as one program;
+// the stock one would bring the stock unwinder with it.
+EXCEPTION_DISPOSITION __gcc_personality_seh0(PEXCEPTION_RECORD pRecord, void* pFrame,
+                                             PCONTEXT pContext, PDISPATCHER_CONTEXT pDispatch)
+{
+    return __gxx_personality_seh0(pRecord, pFrame, pContext, pDispatch);
+}
+
 _Unwind_Reason_Code _Unwind_RaiseException(_Unwind_Exception* pException)
 {
     std::memset(pException->private_, 0, sizeof(pException->private_));
