@@ -22,5 +22,6 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     -Wlogical-op -Wduplicated-cond -Wduplicated-branches)
 else()
   # DECLARE_MESSAGE_MAP stands in the first class and in those that override.
-  target_compile_options(tarn_options INTERFACE -Wno-inconsistent-missing-override)
+  target_compile_options(tarn_options INTERFACE
+    -Wno-inconsistent-missing-override -fsized-deallocation)
 endif()
