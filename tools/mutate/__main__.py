@@ -57,7 +57,7 @@ class Campaign:
 
     def all_tests(self, file):
         native = re.fullmatch(NATIVE_ONLY, file)
-        suite = self.suite("native" if native else "release")
+        suite = self.suite("sanitize" if native else "release")
         return suite, suite.select(".*" if native else ALL_TESTS)
 
     def submit(self, suite, names, done):
