@@ -53,7 +53,6 @@ target_link_libraries(tarn PRIVATE tarn_options msvcrt ${system_libraries})
 # the optimiser about the definition file's exports; as undefined symbols they stay.
 file(STRINGS frame/tarn.def exports REGEX "^ ")
 list(TRANSFORM exports REPLACE "^ +" "-Wl,--undefined=")
-set(job_runner _Z17RunJobWithWaitDlgPFxPvP6HWND__ES_7CStringS4_)
 option(TARN_LTO "Optimise the library as one program" ON)
 if(TARN_LTO)
   set(lto -flto)
@@ -80,17 +79,13 @@ add_custom_command(TARGET tarn POST_BUILD
   WORKING_DIRECTORY $<TARGET_FILE_DIR:tarn>
   VERBATIM)
 
-# tarn_reach: what the exports, the job runner, load and unload reach. Without optimisation, so that no
-# call is lost in another function, and with the functions that stand in headers, used or not; what the
-# linker drops of it is what tools/unreached.py reports. Built by ./dev check.
-add_library(tarn_reach SHARED EXCLUDE_FROM_ALL ${dll_sources} ${sources} frame/tarn.def ${dll_resources})
-set_target_properties(tarn_reach PROPERTIES PREFIX "" IMPORT_PREFIX "lib"
-  RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/reach ARCHIVE_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/reach)
-target_link_libraries(tarn_reach PRIVATE tarn_options ${system_libraries})
-target_compile_options(tarn_reach PRIVATE -O0 -ffunction-sections -fdata-sections -fkeep-inline-functions -w)
-target_link_options(tarn_reach PRIVATE ${exports} -Wl,--undefined=${job_runner}
-  -Wl,--gc-sections,--allow-multiple-definition # what header functions draw in takes nothing away
-  -nostartfiles -static -static-libgcc -static-libstdc++)
+# tarn_reach: what tools/unreached.py looks at, for ./dev check. Without optimisation, so that no call is
+# lost in another function, and with every function that stands in a header, used or not.
+add_library(tarn_reach OBJECT EXCLUDE_FROM_ALL ${dll_sources} ${sources})
+target_link_libraries(tarn_reach PRIVATE tarn_options)
+target_compile_options(tarn_reach PRIVATE
+  -O0 -g0 -fno-inline -ffunction-sections -fdata-sections -fkeep-inline-functions -w)
+file(GENERATE OUTPUT ${PROJECT_BINARY_DIR}/reach.txt CONTENT "$<JOIN:$<TARGET_OBJECTS:tarn_reach>,\n>\n")
 
 # tarn_core: the library for programs of this project that have it inside: the tests, to reach what the
 # DLL does not export, and command-line tools.

@@ -124,8 +124,11 @@ clang-tidy | cppcheck | clang-format | shellcheck)
 *) [ -z "${CI:-}" ] || rm -rf $work ;;
 esac
 
+reached() { cmake --build --preset release --target tarn_reach > /dev/null && tools/unreached.py build/release; }
+
 step 'Each file: clang-tidy, cppcheck, clang-format, shellcheck' each_file
 step 'Includes against the picture of the rooms' tools/rooms.py
+step 'Functions that nothing reaches' reached
 
 if [ ${#failed[@]} -gt 0 ]; then
     printf 'check: not clean: %s\n' "${failed[*]}" >&2
