@@ -81,6 +81,18 @@ static int make_folders(const char* folder)
     return made;
 }
 
+/* Between two steps: the wait window is painted and its minute counted by the messages of its thread,
+   and Windows takes a thread that handles none for hung. */
+static void handle_messages(void)
+{
+    MSG message;
+    while (PeekMessageA(&message, NULL, 0, 0, PM_REMOVE))
+    {
+        TranslateMessage(&message);
+        DispatchMessageA(&message);
+    }
+}
+
 static int copy_files(const char* folder, char** files, int count)
 {
     char* target = join(folder, "\\", ""); /* the library adds no separator */
@@ -93,6 +105,7 @@ static int copy_files(const char* folder, char** files, int count)
             break;
         }
         printf("copied %s\n", files[i]);
+        handle_messages();
     }
     free(target);
     return i == count;

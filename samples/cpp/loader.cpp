@@ -116,11 +116,12 @@ class Tarn
 
     static HMODULE Load(const std::wstring& path)
     {
-        // With a full path and this flag, no library is picked up from the current folder or PATH.
+        // With a full path and this flag, no library is picked up from the current folder or PATH; and
+        // Windows 7 knows the flag without any of its updates.
         // Failing is reported here, not by a message box of the system's.
         DWORD mode = 0;
         SetThreadErrorMode(SEM_FAILCRITICALERRORS, &mode);
-        HMODULE module = LoadLibraryExW(path.c_str(), nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
+        HMODULE module = LoadLibraryExW(path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
         const DWORD error = GetLastError();
         SetThreadErrorMode(mode, nullptr);
         if (module == nullptr)

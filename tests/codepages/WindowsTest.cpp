@@ -4,12 +4,14 @@
 
 #include "include/tarn.h"
 #include "tests/support/CurrentFolder.h"
+#include "tests/support/GuardedBuffer.h"
 #include "tests/support/LoadedTarn.h"
 #include "tests/support/OpenDialogDriver.h"
 #include "tests/support/TempFolder.h"
 #include "tests/support/UsersSettings.h"
 #include "tests/support/WindowDriver.h"
 
+#include <cstdio>
 #include <cstring>
 
 using namespace open_dialog_driver;
@@ -24,6 +26,20 @@ std::wstring WideTextOf(HWND hWnd)
     WCHAR szText[512] = L"";
     ::SendMessageW(hWnd, WM_GETTEXT, 512, reinterpret_cast<LPARAM>(szText));
     return szText;
+}
+
+std::string InCodePage(const std::wstring& wide)
+{
+    char szBytes[1024] = "";
+    ::WideCharToMultiByte(CP_ACP, 0, wide.c_str(), -1, szBytes, sizeof(szBytes), nullptr, nullptr);
+    return szBytes;
+}
+
+std::wstring FromCodePage(const std::string& bytes)
+{
+    WCHAR szWide[512] = L"";
+    ::MultiByteToWideChar(CP_ACP, 0, bytes.c_str(), -1, szWide, 512);
+    return szWide;
 }
 
 class CodePageWindows : public InItsCodePage
@@ -142,4 +158,75 @@ TEST_F(CodePageOpenDialog, TakesAndGivesTextsAsTheyWereMeant)
         user.Join();
         EXPECT_EQ(std::string(buffer), folder + "\\" + picked);
     }
+}
+
+// A path of up to 259 bytes is given back whole, a longer one not at all, and never a part of one: neither
+// behind the caller's 260 bytes nor within them is anything else written.
+TEST_F(CodePageOpenDialog, GivesAPathWholeOrNotAtAll)
+{
+    const std::wstring letter(1, L'\u6F22');
+    const std::string bytes = InCodePage(letter);
+    if (bytes.size() < 2)
+        GTEST_SKIP() << "a path of 260 bytes is one of 260 characters here, which no dialog gives";
+    const std::wstring wideTemp = FromCodePage(temp.Path());
+    std::wstring folder = wideTemp + L"\\";
+    folder.append(60, letter[0]); // no name too long for the file system below Wine
+    ASSERT_TRUE(::CreateDirectoryW(folder.c_str(), nullptr));
+    int nGiven = 0;
+    int nRefused = 0;
+    for (std::size_t cb = 255; cb <= 274; ++cb)
+    {
+        SCOPED_TRACE(cb);
+        std::wstring file = L"x";
+        while (InCodePage(folder + L"\\" + file).size() + bytes.size() <= cb)
+            file += letter;
+        while (InCodePage(folder + L"\\" + file).size() < cb)
+            file += L'a';
+        const std::wstring path = folder + L"\\" + file;
+        HANDLE const hFile = ::CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+                                           FILE_ATTRIBUTE_NORMAL, nullptr);
+        ASSERT_NE(hFile, INVALID_HANDLE_VALUE);
+        ::CloseHandle(hFile);
+
+        GuardedBuffer buffer(TARN_OPEN_PATH_SIZE);
+        buffer.Data()[0] = '\0';
+        std::string folderBytes = InCodePage(folder);
+        char title[] = "Open a long path";
+        DriverThread user([&] {
+            HWND hDialog = nullptr;
+            ASSERT_TRUE(WaitFor([&] {
+                hDialog = FindVisibleDialog();
+                return hDialog != nullptr && IsReady(hDialog);
+            }));
+            ::SendMessageW(FileNameBox(hDialog), WM_SETTEXT, 0,
+                           reinterpret_cast<LPARAM>(file.c_str()));
+            Confirm(hDialog);
+            if (!WaitFor([&] { return !::IsWindow(hDialog); }))
+            {
+                ADD_FAILURE() << "the dialog did not close";
+                Cancel(hDialog);
+            }
+        });
+        const int nResult =
+            tarn.DoFileOpenDialog(&folderBytes[0], title, nullptr, nullptr, buffer.Data());
+        user.Join();
+        if (cb < TARN_OPEN_PATH_SIZE)
+        {
+            EXPECT_EQ(nResult, 1);
+            EXPECT_EQ(std::string(buffer.Data()), InCodePage(path));
+            EXPECT_TRUE(buffer.IsUntouchedFrom(cb + 1));
+            ++nGiven;
+        }
+        else
+        {
+            EXPECT_EQ(nResult, 0);
+            EXPECT_EQ(buffer.Data()[0], '\0');
+            EXPECT_TRUE(buffer.IsUntouchedFrom(1));
+            ++nRefused;
+        }
+        EXPECT_TRUE(buffer.IsFrontIntact());
+        ::DeleteFileW(path.c_str());
+    }
+    ::RemoveDirectoryW(folder.c_str());
+    std::printf("%d paths given, %d refused\n", nGiven, nRefused);
 }
