@@ -1,14 +1,7 @@
 #include "install/ChrcText.h"
 
 #include "install/ChrcTemplate.h"
-
-namespace
-{
-bool IsSeparator(char ch)
-{
-    return ch == '\\' || ch == '/';
-}
-} // namespace
+#include "install/PathHelpers.h"
 
 CString MakeChrcText(CString strFolder)
 {

@@ -4,8 +4,7 @@ CString AddTrailingSeparator(CString strPath)
 {
     if (strPath.IsEmpty())
         return strPath;
-    const char chLast = strPath.GetAt(strPath.GetLength() - 1);
-    if (chLast != '\\' && chLast != '/')
+    if (!IsSeparator(strPath.GetAt(strPath.GetLength() - 1)))
         strPath += '\\';
     return strPath;
 }

@@ -4,6 +4,11 @@
 
 #include <afx.h>
 
+inline bool IsSeparator(char ch)
+{
+    return ch == '\\' || ch == '/';
+}
+
 // The path, with a backslash appended unless it is empty or its last byte is a separator.
 CString AddTrailingSeparator(CString strPath);
 
