@@ -178,8 +178,8 @@ TEST(ExportException, OfAFullDiskNamesTheFileToTheHost)
             const bool bClosing = std::string(situation.pszPatched) == "CloseHandle";
             EXPECT_EQ(pException->m_cause,
                       bClosing ? CFileException::hardIO : CFileException::diskFull);
-            EXPECT_EQ(pException->m_strFileName,
-                      (files.installation + "\\embedch\\config\\chrc").c_str());
+            EXPECT_STREQ(pException->m_strFileName,
+                         (files.installation + "\\embedch\\config\\chrc").c_str());
             pException->Delete();
         }
     }

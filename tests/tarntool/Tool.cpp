@@ -99,9 +99,13 @@ Process::Process(const std::wstring& arguments, const Start& start)
         startup.hStdError = hErr;
     }
     PROCESS_INFORMATION process = {};
-    const BOOL bStarted = ::CreateProcessW(
-        start.program.c_str(), &line[0], nullptr, nullptr, start.bCaptured, start.nFlags, nullptr,
-        start.folder.empty() ? nullptr : start.folder.c_str(), &startup, &process);
+    // A busy Wine gives up on a new process now and then, before it has run at all.
+    const bool bStarted = window_driver::WaitFor([&] {
+        return ::CreateProcessW(start.program.c_str(), &line[0], nullptr, nullptr, start.bCaptured,
+                                start.nFlags, nullptr,
+                                start.folder.empty() ? nullptr : start.folder.c_str(), &startup,
+                                &process) != FALSE;
+    });
     if (start.bCaptured)
     {
         ::CloseHandle(hOut);
