@@ -21,8 +21,7 @@ bool Answers(HWND hWnd)
 } // namespace
 
 // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): what is behind the count is never read
-ModalOwner::ModalOwner(const CWnd* pParentWnd)
-    : m_hWndActive(::GetActiveWindow()), m_hWndOwner(nullptr)
+ModalOwner::ModalOwner(const CWnd* pParentWnd) : m_hWndActive(::GetActiveWindow())
 {
     ::EnumWindows(&ModalOwner::Visit, reinterpret_cast<LPARAM>(this));
     for (int i = 0; i < m_nWindows; ++i)

@@ -32,7 +32,7 @@ private:
     static constexpr int kMaxWindows = 64; // more than one process shows at a time
 
     HWND m_hWndActive; // before
-    HWND m_hWndOwner;
+    HWND m_hWndOwner = nullptr;
     int m_nWindows = 0;
     HWND m_windows[kMaxWindows]; // visible and enabled; then those that were disabled
 };
