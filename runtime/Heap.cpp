@@ -2,57 +2,41 @@
 
 #include <windows.h>
 
-#include <cstdint>
-
 namespace
 {
 // Made on first use: most of what loads the library and unloads it again needs no heap at all.
 HANDLE volatile g_hHeap = nullptr;
 
+// Not one of the system's locks: those keep lists of who waits, on the stacks of the waiting, and whoever
+// is terminated waits for just this one.
+LONG volatile g_bHeapLocked = FALSE;
+constexpr int kImpatientTries = 16;
+
+// Under the lock.
 HANDLE GetHeap() noexcept
 {
-    if (g_hHeap != nullptr)
-        return g_hHeap;
-    HANDLE const hNew = ::HeapCreate(0, 0, 0);
-    if (hNew == nullptr)
-        return nullptr;
-    HANDLE const hOther = ::InterlockedCompareExchangePointer(&g_hHeap, hNew, nullptr);
-    if (hOther == nullptr)
-        return hNew;
-    ::HeapDestroy(hNew); // another thread was first
-    return hOther;
+    if (g_hHeap == nullptr)
+        g_hHeap = ::HeapCreate(0, 0, 0);
+    return g_hHeap;
 }
 } // namespace
 
-// The C run-time library's question for the heap that operator new takes from, _get_heap_handle, answered
-// for this module; once more as an import, which is how the toolchain's header declares it.
-extern "C" std::intptr_t __cdecl GetHeapHandle() __asm__("_get_heap_handle");
-extern "C" __attribute__((used)) std::intptr_t __cdecl GetHeapHandle()
+HeapGuard::HeapGuard() noexcept
 {
-    return reinterpret_cast<std::intptr_t>(g_hHeap);
-}
-extern "C" decltype(&GetHeapHandle) const __imp__get_heap_handle;
-extern "C" __attribute__((used)) decltype(&GetHeapHandle) const __imp__get_heap_handle =
-    &GetHeapHandle;
-
-HeapGuard::HeapGuard() noexcept : m_hHeap(GetHeap())
-{
-    if (m_hHeap != nullptr && !::HeapLock(m_hHeap))
-        m_hHeap = nullptr;
+    for (int i = 0; ::InterlockedExchange(&g_bHeapLocked, TRUE) != FALSE; ++i)
+        ::Sleep(i < kImpatientTries ? 0 : 1);
 }
 
 HeapGuard::~HeapGuard()
 {
-    if (m_hHeap != nullptr)
-        ::HeapUnlock(m_hHeap);
+    ::InterlockedExchange(&g_bHeapLocked, FALSE);
 }
 
-// Under the heap's lock as a whole: some of its work the heap does without, and would leave half done
-// when its thread is terminated.
 void* AllocMemory(std::size_t cb) noexcept
 {
     const HeapGuard guard;
-    return g_hHeap != nullptr ? ::HeapAlloc(g_hHeap, 0, cb) : nullptr;
+    HANDLE const hHeap = GetHeap();
+    return hHeap != nullptr ? ::HeapAlloc(hHeap, 0, cb) : nullptr;
 }
 
 void FreeMemory(void* p) noexcept

@@ -13,8 +13,9 @@ void FreeMemory(void* p) noexcept; // p may be null
 // Gives back the whole heap. Nothing that came from it may be used afterwards.
 void DestroyHeap() noexcept;
 
-// The heap's lock, for as long as the object lives. A thread that is terminated while it holds a lock
-// never releases it; this one is taken by whoever terminates a thread.
+// The heap's lock, for as long as the object lives; not to be taken twice. Whoever terminates a thread
+// holds it: a thread that is terminated inside the heap leaves it locked, or half changed where the heap
+// works without a lock.
 class HeapGuard
 {
 public:
@@ -22,7 +23,4 @@ public:
     ~HeapGuard();
     HeapGuard(const HeapGuard&) = delete;
     HeapGuard& operator=(const HeapGuard&) = delete;
-
-private:
-    void* m_hHeap; // null when it is not locked
 };

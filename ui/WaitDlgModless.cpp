@@ -1,6 +1,6 @@
 #include "ui/WaitDlgModless.h"
 
-#include <malloc.h>
+#include "frame/HeapGuard.h"
 
 #include <cstddef>
 #include <memory>
@@ -62,25 +62,6 @@ HWND TakeWindow(WaitJobBlock& job)
     while (!Exchange(job, hWnd, nullptr));
     return hWnd;
 }
-
-// Keeps every other thread out of the heap that operator new takes from: a thread that is terminated
-// in there would never release the heap's lock.
-class HeapHeld
-{
-public:
-    HeapHeld() : m_bLocked(::HeapLock(m_hHeap)) {}
-    ~HeapHeld()
-    {
-        if (m_bLocked)
-            ::HeapUnlock(m_hHeap);
-    }
-    HeapHeld(const HeapHeld&) = delete;
-    HeapHeld& operator=(const HeapHeld&) = delete;
-
-private:
-    HANDLE const m_hHeap = reinterpret_cast<HANDLE>(::_get_heap_handle());
-    BOOL m_bLocked;
-};
 } // namespace
 
 static_assert(sizeof(WaitJobBlock) == 32, "four words");
@@ -186,7 +167,7 @@ void CWaitDlgModless::KillWorker()
     // The second time, it is dead already.
     if (MarkOf(m_job.hWnd) == kHeld || !HoldWorker() || WorkerHasEnded(0))
         return;
-    const HeapHeld heap;
+    const HeapGuard guard;
     // Termination is only asked for; until it has happened, the worker may still use the block.
     if (::TerminateThread(m_pThread->m_hThread, 0))
         WorkerHasEnded(kEndMilliseconds);

@@ -79,9 +79,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Fault{"CreateActCtxA", ~ULONG_PTR{0}, Came::Result},
                     Fault{"ActivateActCtx", FALSE, Came::Result},
                     // Nothing can be done about these, and nothing depends on them.
-                    Fault{"HeapFree", FALSE, Came::Result},
-                    // The heap's own lock is still there.
-                    Fault{"HeapLock", FALSE, Came::Result}),
+                    Fault{"HeapFree", FALSE, Came::Result}),
     [](const testing::TestParamInfo<Fault>& tested) { return tested.param.pszFunction; });
 
 TEST_P(FrameFault, EndsAsDocumentedAndTheNextCallWorks)

@@ -245,7 +245,7 @@ TEST(ProcessEnd, DISABLED_Child)
         std::exit(1);
     for (const char* const pszFunction :
          {"ReleaseActCtx", "DeactivateActCtx", "HeapFree", "HeapDestroy", "TlsFree", "TlsSetValue",
-          "TlsGetValue", "HeapLock", "SetWindowLongPtrA"})
+          "TlsGetValue", "SetWindowLongPtrA"})
     {
         auto* const pPatch =
             new ImportPatch(pTarn->Module(), pszFunction, reinterpret_cast<void*>(&EndAtOnce));
