@@ -12,12 +12,18 @@ HANDLE volatile g_hHeap = nullptr;
 LONG volatile g_bHeapLocked = FALSE;
 constexpr int kImpatientTries = 16;
 
-// Under the lock.
 HANDLE GetHeap() noexcept
 {
-    if (g_hHeap == nullptr)
-        g_hHeap = ::HeapCreate(0, 0, 0);
-    return g_hHeap;
+    if (g_hHeap != nullptr)
+        return g_hHeap;
+    HANDLE const hNew = ::HeapCreate(0, 0, 0);
+    if (hNew == nullptr)
+        return nullptr;
+    HANDLE const hOther = ::InterlockedCompareExchangePointer(&g_hHeap, hNew, nullptr);
+    if (hOther == nullptr)
+        return hNew;
+    ::HeapDestroy(hNew); // another thread was first
+    return hOther;
 }
 } // namespace
 
@@ -34,9 +40,11 @@ HeapGuard::~HeapGuard()
 
 void* AllocMemory(std::size_t cb) noexcept
 {
-    const HeapGuard guard;
     HANDLE const hHeap = GetHeap();
-    return hHeap != nullptr ? ::HeapAlloc(hHeap, 0, cb) : nullptr;
+    if (hHeap == nullptr)
+        return nullptr;
+    const HeapGuard guard;
+    return ::HeapAlloc(hHeap, 0, cb);
 }
 
 void FreeMemory(void* p) noexcept
