@@ -9,3 +9,5 @@ execute_process(
   WORKING_DIRECTORY ${kit_build}
   OUTPUT_FILE ${kit}/sbom.cdx.json
   COMMAND_ERROR_IS_FATAL ANY)
+# The umask of whoever builds is no part of the kit.
+file(CHMOD ${kit}/sbom.cdx.json PERMISSIONS OWNER_READ OWNER_WRITE GROUP_READ WORLD_READ)
