@@ -124,7 +124,11 @@ clang-tidy | cppcheck | clang-format | shellcheck)
 *) [ -z "${CI:-}" ] || rm -rf $work ;;
 esac
 
-reached() { cmake --build --preset release --target tarn_reach > /dev/null && tools/unreached.py build/release; }
+reached() {
+    cmake --preset release > /dev/null &&
+        cmake --build --preset release --target tarn_reach > /dev/null &&
+        tools/unreached.py build/release
+}
 
 step 'Each file: clang-tidy, cppcheck, clang-format, shellcheck' each_file
 step 'Includes against the picture of the rooms' tools/rooms.py
