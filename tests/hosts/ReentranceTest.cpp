@@ -2,6 +2,7 @@
 // sends them.
 #include "include/tarn.h"
 #include "tests/hosts/ReactingHost.h"
+#include "tests/hosts/WaitWindows.h"
 #include "tests/support/CallersState.h"
 #include "tests/support/LoadedTarn.h"
 #include "tests/support/RoundCost.h"
@@ -18,7 +19,6 @@ using namespace window_driver;
 
 namespace
 {
-constexpr int kMessageControl = 14000;
 constexpr int kWatchdogTicks = 100;
 
 // Cancels every dialog of this process that is no wait window, once, for as long as it lives. A second
@@ -98,7 +98,7 @@ class Installer
 public:
     ~Installer()
     {
-        for (HWND const hWnd : OpenWindows())
+        for (HWND const hWnd : WaitWindowsOfThisThread())
             ::DestroyWindow(hWnd);
     }
 
@@ -140,36 +140,22 @@ public:
         }
     }
 
-    static std::vector<HWND> OpenWindows()
-    {
-        std::vector<HWND> windows;
-        ::EnumThreadWindows(
-            ::GetCurrentThreadId(),
-            [](HWND hWnd, LPARAM lParam) -> BOOL {
-                if (::GetDlgItem(hWnd, kMessageControl) != nullptr)
-                    reinterpret_cast<std::vector<HWND>*>(lParam)->push_back(hWnd);
-                return TRUE;
-            },
-            reinterpret_cast<LPARAM>(&windows));
-        return windows;
-    }
-
     // The windows that stay are those that were opened and not closed; the latest one is closed by the
     // next CloseWaitDlg unless there has been one; and the next window comes and goes.
     void ExpectToBeWhole()
     {
-        EXPECT_EQ(OpenWindows().size(), static_cast<std::size_t>(nOpen));
-        for (HWND const hWnd : OpenWindows())
+        EXPECT_EQ(WaitWindowsOfThisThread().size(), static_cast<std::size_t>(nOpen));
+        for (HWND const hWnd : WaitWindowsOfThisThread())
         {
             EXPECT_TRUE(::IsWindowVisible(hWnd));
             ::SendMessageA(hWnd, WM_TIMER, 333, 0);
         }
         Call(kCloseWaitDlg);
-        EXPECT_EQ(OpenWindows().size(), static_cast<std::size_t>(nOpen));
+        EXPECT_EQ(WaitWindowsOfThisThread().size(), static_cast<std::size_t>(nOpen));
         Call(kDoWaitDlgModless);
-        EXPECT_EQ(OpenWindows().size(), static_cast<std::size_t>(nOpen));
+        EXPECT_EQ(WaitWindowsOfThisThread().size(), static_cast<std::size_t>(nOpen));
         Call(kCloseWaitDlg);
-        EXPECT_EQ(OpenWindows().size(), static_cast<std::size_t>(nOpen));
+        EXPECT_EQ(WaitWindowsOfThisThread().size(), static_cast<std::size_t>(nOpen));
         EXPECT_TRUE(::IsWindowEnabled(host.Handle()));
     }
 
@@ -273,7 +259,7 @@ TEST(ReentranceOfTheWaitWindow, LeavesNothingBehind)
             installer.Call(c.nOuter);
             EXPECT_EQ(installer.host.Stop(), 1);
             installer.Call(kCloseWaitDlg);
-            EXPECT_EQ(installer.OpenWindows().size(), 0U);
+            EXPECT_EQ(WaitWindowsOfThisThread().size(), 0U);
             ::SetActiveWindow(installer.host.Handle());
         };
         round();
@@ -291,7 +277,7 @@ TEST(ReentranceOfTheWaitWindow, ClosesAWindowThatIsHidingAtItsLastTickOrAtEnter)
             SCOPED_TRACE(message.pszName);
             Installer installer;
             installer.Call(kDoWaitDlgModless);
-            HWND const hWnd = installer.OpenWindows().front();
+            HWND const hWnd = WaitWindowsOfThisThread().front();
             installer.host.React(message.trigger, [&] {
                 installer.Call(kCloseWaitDlg);
                 EXPECT_FALSE(::IsWindow(hWnd));

@@ -1,5 +1,6 @@
 // Installers that open the wait window on one thread and close it on another, whatever the first is
 // doing at that moment.
+#include "tests/hosts/WaitWindows.h"
 #include "tests/support/LoadedTarn.h"
 #include "tests/support/WindowDriver.h"
 
@@ -13,7 +14,6 @@ using namespace window_driver;
 namespace
 {
 constexpr char kCaption[] = "Tarn window of two threads";
-constexpr int kMessageControl = 14000;
 constexpr int kWatchdogTicks = 100;
 
 void Pump()
@@ -21,20 +21,6 @@ void Pump()
     MSG msg;
     while (::PeekMessageA(&msg, nullptr, 0, 0, PM_REMOVE))
         ::DispatchMessageA(&msg);
-}
-
-std::vector<HWND> WaitWindowsOfThisThread()
-{
-    std::vector<HWND> windows;
-    ::EnumThreadWindows(
-        ::GetCurrentThreadId(),
-        [](HWND hWnd, LPARAM lParam) -> BOOL {
-            if (::GetDlgItem(hWnd, kMessageControl) != nullptr)
-                reinterpret_cast<std::vector<HWND>*>(lParam)->push_back(hWnd);
-            return TRUE;
-        },
-        reinterpret_cast<LPARAM>(&windows));
-    return windows;
 }
 
 void DestroyWaitWindowsOfThisThread()
