@@ -4,7 +4,11 @@
 
 int WriteChrcFile(LPCTSTR pszPath, LPCTSTR pszFolder, BOOL bReportErrors)
 {
-    const CString strText = MakeChrcText(pszFolder);
+    return WriteChrcText(pszPath, MakeChrcText(pszFolder), bReportErrors);
+}
+
+int WriteChrcText(LPCTSTR pszPath, const CString& strText, BOOL bReportErrors)
+{
     CFile file;
     CFileException exception;
     if (!file.Open(pszPath, CFile::modeCreate | CFile::modeWrite | CFile::shareExclusive,

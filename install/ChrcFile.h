@@ -8,3 +8,6 @@
 // message box has then told why. Throws CFileException when the write or the close fails, and
 // CInvalidArgException, before anything is opened, for a folder of separators and nothing else.
 int WriteChrcFile(LPCTSTR pszPath, LPCTSTR pszFolder, BOOL bReportErrors);
+
+// The same with a text that is there already.
+int WriteChrcText(LPCTSTR pszPath, const CString& strText, BOOL bReportErrors);

@@ -6,8 +6,8 @@
 #include "tarntool/Text.h"
 
 #include "install/ChrcFile.h"
-
-#include <tarn.h>
+#include "install/ChrcText.h"
+#include "install/PathHelpers.h"
 
 namespace
 {
@@ -18,19 +18,23 @@ CString MessageOf(CException* pException)
     return TextToUtf8(szText);
 }
 
-// As Write_ch_config_File, without the box. Returns why the file could not be opened, or nothing.
-CString WriteQuietly(const CString& strFolder)
+// As Write_ch_config_File, except for the code page of the text: that function has the caller's, which is
+// the system's in an ordinary installer and in the interpreter, and UTF-8 here. Returns why the file was
+// not written, or nothing.
+CString WriteFor(const CString& strFolder, bool bReportErrors)
 {
     CString strTrimmed = strFolder;
-    if (!strFolder.IsEmpty())
-    {
-        const char chLast = strFolder.GetAt(strFolder.GetLength() - 1);
-        if (chLast == '\\' || chLast == '/')
-            strTrimmed = strFolder.Left(strFolder.GetLength() - 1);
-    }
+    if (!strFolder.IsEmpty() && IsSeparator(strFolder.GetAt(strFolder.GetLength() - 1)))
+        strTrimmed = strFolder.Left(strFolder.GetLength() - 1);
     const CString strPath = strTrimmed + "\\embedch\\config\\chrc";
-    if (WriteChrcFile(strPath, strTrimmed, FALSE) != 0)
+    CString strText;
+    if (!ToSystemCodePage(MakeChrcText(strTrimmed), &strText))
+        return "the interpreter reads it in the system's code page, " +
+               NumberText(GetSystemCodePage()) + ", which cannot say " + TextToUtf8(strFolder);
+    if (WriteChrcText(strPath, strText, bReportErrors) != 0)
         return CString();
+    if (bReportErrors)
+        return "it cannot be opened"; // the box has said why
     const auto nError = static_cast<LONG>(::GetLastError());
     CFileException exception(CFileException::OsErrorToException(nError), nError, strPath);
     return MessageOf(&exception);
@@ -38,13 +42,11 @@ CString WriteQuietly(const CString& strFolder)
 
 // What leaves the library as an exception is a failure like the others: a full disk, a folder that is
 // none.
-CString Write(const CString& strFolder, bool bQuiet)
+CString Write(const CString& strFolder, bool bReportErrors)
 {
     try
     {
-        if (bQuiet)
-            return WriteQuietly(strFolder);
-        return Write_ch_config_File(strFolder) != 0 ? CString() : "it cannot be opened";
+        return WriteFor(strFolder, bReportErrors);
     }
     catch (CException* pException)
     {
@@ -59,7 +61,7 @@ UINT WriteConfig(const Request& request)
 {
     Output output(request.Value(Request::Out));
     const bool bQuiet = request.Has(Request::Quiet);
-    const CString strReason = Write(ToExactText(request.Operand(0)), bQuiet);
+    const CString strReason = Write(ToExactText(request.Operand(0)), !bQuiet);
     if (strReason.IsEmpty())
         return static_cast<UINT>(ExitCode::Done);
     if (bQuiet)

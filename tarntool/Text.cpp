@@ -2,6 +2,10 @@
 
 #include "tarntool/Failure.h"
 
+#include <cstddef>
+#include <cstdlib>
+#include <memory>
+
 namespace
 {
 // False when the text cannot be converted without loss, if bExact asks for that.
@@ -24,6 +28,15 @@ bool Convert(LPCWSTR psz, UINT nCodePage, bool bExact, CString* pstr)
                           pbLost);
     pstr->ReleaseBuffer(cb - 1);
     return true;
+}
+
+// The process's code page to UTF-16.
+std::unique_ptr<WCHAR[]> ToWide(LPCSTR psz)
+{
+    const int cch = ::MultiByteToWideChar(CP_ACP, 0, psz, -1, nullptr, 0);
+    std::unique_ptr<WCHAR[]> pszWide(new WCHAR[static_cast<std::size_t>(cch)]);
+    ::MultiByteToWideChar(CP_ACP, 0, psz, -1, pszWide.get(), cch);
+    return pszWide;
 }
 } // namespace
 
@@ -53,15 +66,30 @@ CString ToDisplayText(LPCWSTR psz)
 
 CString TextToUtf8(LPCSTR psz)
 {
-    const UINT nCodePage = ::GetACP();
-    if (nCodePage == CP_UTF8)
-        return psz;
-    const int cch = ::MultiByteToWideChar(nCodePage, 0, psz, -1, nullptr, 0);
-    CString strWide; // as room for the UTF-16
-    auto* const pszWide =
-        reinterpret_cast<LPWSTR>(strWide.GetBuffer(cch * static_cast<int>(sizeof(WCHAR))));
-    ::MultiByteToWideChar(nCodePage, 0, psz, -1, pszWide, cch);
-    return ToUtf8(pszWide);
+    return ::GetACP() == CP_UTF8 ? CString(psz) : ToUtf8(ToWide(psz).get());
+}
+
+bool ToSystemCodePage(const CString& strText, CString* pstrResult)
+{
+    const UINT nCodePage = GetSystemCodePage();
+    if (nCodePage == ::GetACP())
+    {
+        *pstrResult = strText;
+        return true;
+    }
+    return Convert(ToWide(strText).get(), nCodePage, true, pstrResult);
+}
+
+// Not what the system's language has by itself: it may be set to UTF-8 for all programs.
+UINT GetSystemCodePage()
+{
+    char szNumber[16] = "";
+    DWORD cb = sizeof(szNumber);
+    const LSTATUS nStatus =
+        ::RegGetValueA(HKEY_LOCAL_MACHINE, "SYSTEM\\CurrentControlSet\\Control\\Nls\\CodePage",
+                       "ACP", RRF_RT_REG_SZ, nullptr, szNumber, &cb);
+    const auto nCodePage = static_cast<UINT>(std::strtoul(szNumber, nullptr, 10));
+    return nStatus == ERROR_SUCCESS && ::IsValidCodePage(nCodePage) ? nCodePage : ::GetACP();
 }
 
 CString NumberText(LONGLONG n)

@@ -10,6 +10,13 @@ CString ToUtf8(LPCWSTR psz);
 // The process's code page, for files and commands. Throws Failure when the text cannot be said in it.
 CString ToExactText(LPCWSTR psz);
 
+// From the process's code page to the system's, which is that of ordinary programs. False when the text
+// cannot be said in it.
+bool ToSystemCodePage(const CString& strText, CString* pstrResult);
+
+// The system's ANSI code page.
+UINT GetSystemCodePage();
+
 // The process's code page, for the eye: what cannot be said becomes '?'. Null is empty.
 CString ToDisplayText(LPCWSTR psz);
 

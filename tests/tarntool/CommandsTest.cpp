@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <memory>
 #include <string>
 #include <vector>
@@ -295,6 +296,85 @@ TEST(ToolConfig, ShowsTheBoxWithoutTheOption)
     EXPECT_EQ(result.nExitCode, 101U);
     EXPECT_EQ(result.out, "");
     EXPECT_TRUE(IsOneSentence(result.err)) << result.err;
+}
+
+namespace
+{
+// The installer in an ordinary code page: this process, which has the system's, with the DLL.
+std::string ChrcOfTheDll(const TempFolder& folder, const std::string& name)
+{
+    wchar_t szDll[MAX_PATH] = L"";
+    ::GetEnvironmentVariableW(L"TARN_DLL", szDll, MAX_PATH);
+    HMODULE const hDll = ::LoadLibraryW(szDll);
+    const auto pfnWrite = reinterpret_cast<int (*)(const char*)>(
+        reinterpret_cast<void*>(::GetProcAddress(hDll, "Write_ch_config_File")));
+    const int nResult = pfnWrite != nullptr ? pfnWrite((folder / name).c_str()) : -1;
+    ::FreeLibrary(hDll);
+    EXPECT_EQ(nResult, 1);
+    return ReadBytes(folder / (name + "\\embedch\\config\\chrc"));
+}
+
+// A folder's name beyond ASCII that the code page of the test has.
+std::string LocalName()
+{
+    return ::GetACP() == 932 ? "\x95\x5C\x8E\xA6 \x83\x5C\xB1 x"
+                             : "pr\xFC"
+                               "fung \xE9 \x80";
+}
+} // namespace
+
+TEST(ToolConfig, WritesTheBytesThatTheDllWritesInAnOrdinaryInstaller)
+{
+    for (const std::string& name : {LocalName(), LocalName() + "\\", LocalName() + "\\\\deeper",
+                                    std::string("plain"), LocalName() + "/deeper/"})
+    {
+        const TempFolder folder;
+        std::string made = name + "\\embedch\\config";
+        std::replace(made.begin(), made.end(), '/', '\\');
+        folder.MakeFolder(made);
+        const std::string written = ChrcOfTheDll(folder, name);
+        ASSERT_FALSE(written.empty());
+        WriteBytes(folder / (name + "\\embedch\\config\\chrc"), "old");
+        const Result result = RunTool(L"config --quiet -- " + Quoted(Wide(folder / name)));
+        EXPECT_EQ(result.nExitCode, 0U) << result.err;
+        EXPECT_EQ(ReadBytes(folder / (name + "\\embedch\\config\\chrc")), written) << name;
+    }
+}
+
+TEST(ToolConfig, KeepsALastCharacterWholeThatTheDllWouldCut)
+{
+    if (::GetACP() != 932)
+        GTEST_SKIP() << "has no characters of two bytes";
+    const TempFolder folder;
+    const std::string name = "\x83\x5C"; // the second byte is that of a backslash
+    const std::wstring path = Wide(folder.Path()) + L"\\\u30BD";
+    for (const wchar_t* const pszPart : {L"", L"\\embedch", L"\\embedch\\config"})
+        ASSERT_TRUE(::CreateDirectoryW((path + pszPart).c_str(), nullptr));
+    EXPECT_EQ(RunTool(L"config --quiet " + Quoted(path)).nExitCode, 0U);
+    const std::wstring chrc = ReadWide(path + L"\\embedch\\config\\chrc");
+    const std::string bytes(chrc.begin(), chrc.end());
+    EXPECT_NE(bytes.find("\\\\" + name + "\\\\embedch\\\\include;"), std::string::npos) << bytes;
+}
+
+TEST(ToolConfig, RefusesAFolderThatTheInterpreterCannotRead)
+{
+    const TempFolder folder;
+    const std::wstring path = Wide(folder.Path()) + L"\\" + kAllScripts;
+    for (const wchar_t* const pszPart : {L"", L"\\embedch", L"\\embedch\\config"})
+        ASSERT_TRUE(::CreateDirectoryW((path + pszPart).c_str(), nullptr));
+    const std::wstring chrc = path + L"\\embedch\\config\\chrc";
+    WriteWide(chrc, "old");
+    for (const wchar_t* const pszOption : {L"", L"--quiet "})
+    {
+        const Result result = RunTool(std::wstring(L"config ") + pszOption + Quoted(path));
+        EXPECT_EQ(result.nExitCode, 101U);
+        EXPECT_TRUE(IsOneSentence(result.err)) << result.err;
+        EXPECT_NE(result.err.find("code page, " + std::to_string(::GetACP())), std::string::npos)
+            << result.err;
+        EXPECT_NE(result.err.find(Utf8(path)), std::string::npos) << result.err;
+        EXPECT_EQ(result.out.empty(), *pszOption == L'\0') << result.out;
+        EXPECT_EQ(ReadWide(chrc), L"old");
+    }
 }
 
 // ---- runonce
