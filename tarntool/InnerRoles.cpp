@@ -30,6 +30,15 @@ LPWSTR AppendNumber(LPWSTR p, ULONG_PTR n)
     *p++ = L' ';
     return p;
 }
+
+// Only this program starts a role, with an event that is not set yet; what a user types is a command that
+// there is not.
+bool BeginsWithEvent(LPCWSTR pszArguments)
+{
+    const ULONG_PTR n = TakeNumber(&pszArguments);
+    return n != 0 && n <= 0x7FFFFFFF && // no pseudo handle
+           ::WaitForSingleObject(reinterpret_cast<HANDLE>(n), 0) == WAIT_TIMEOUT;
+}
 } // namespace
 
 bool PlayInnerRole(LPCWSTR pszArguments, UINT* pnExitCode)
@@ -37,7 +46,8 @@ bool PlayInnerRole(LPCWSTR pszArguments, UINT* pnExitCode)
     for (const Role& role : kRoles)
     {
         const std::size_t cch = std::wcslen(role.pszName);
-        if (std::wcsncmp(pszArguments, role.pszName, cch) == 0 && pszArguments[cch] == L' ')
+        if (std::wcsncmp(pszArguments, role.pszName, cch) == 0 && pszArguments[cch] == L' ' &&
+            BeginsWithEvent(pszArguments + cch + 1))
         {
             *pnExitCode = role.pfnPlay(pszArguments + cch + 1);
             return true;

@@ -16,7 +16,8 @@ HANDLE GetConsole() noexcept
     if (!g_bAttachTried)
     {
         g_bAttachTried = true;
-        if (::AttachConsole(ATTACH_PARENT_PROCESS))
+        // Under Wine a windowed program belongs to its starter's console already.
+        if (::AttachConsole(ATTACH_PARENT_PROCESS) || ::GetLastError() == ERROR_ACCESS_DENIED)
         {
             SECURITY_ATTRIBUTES inherited = {sizeof(inherited), nullptr, TRUE};
             HANDLE const h = ::CreateFileW(L"CONOUT$", GENERIC_READ | GENERIC_WRITE,

@@ -114,6 +114,8 @@ StartedProgram::StartedProgram(LPCWSTR pszCommandLine, const Output& output)
     : m_job(::CreateJobObjectW(nullptr, nullptr))
 {
     const WideText pszProgram = ProgramOf(pszCommandLine);
+    if (pszProgram[0] == L'\0')
+        throw Failure{ExitCode::WrongArguments, "run needs a program behind --"};
     if (!m_job.IsValid() || !SetJobLimits(m_job, JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE))
         CannotStart(pszProgram.get(), ::GetLastError());
     Start(FindProgram(pszProgram.get()).get(), pszCommandLine, output);

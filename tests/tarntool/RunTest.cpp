@@ -249,3 +249,20 @@ TEST_F(ToolRun, DoesNotTakeTheFirstWordsOfAPathForAProgram)
     EXPECT_EQ(RunTool(L"run -- " + Quoted(Wide(folder / "a b\\c.exe")) + L" exit 9").nExitCode,
               104U);
 }
+
+TEST_F(ToolRun, RunsABatchFile)
+{
+    const TempFolder folder;
+    WriteBytes(folder / "x y.bat", "@echo bat %~1\r\n@exit 7\r\n");
+    const Result result = RunTool(L"run -- " + Quoted(Wide(folder / "x y.bat")) + L" \"one two\"");
+    EXPECT_EQ(result.nExitCode, 7U) << result.err;
+    EXPECT_EQ(result.out, "bat one two\r\n");
+}
+
+TEST_F(ToolRun, LeavesAWindowDisabledThatWasSo)
+{
+    const InstallerWindow installer;
+    ::EnableWindow(installer.Handle(), FALSE);
+    EXPECT_EQ(RunTool(L"run --parent " + installer.Number() + Behind(L"exit 8")).nExitCode, 8U);
+    EXPECT_FALSE(::IsWindowEnabled(installer.Handle()));
+}
