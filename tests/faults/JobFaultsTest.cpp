@@ -5,6 +5,7 @@
 #include "tests/support/FailingCall.h"
 #include "tests/support/LoadedTarn.h"
 #include "tests/support/TempFolder.h"
+#include "tests/support/ThreadWithADialog.h"
 #include "tests/support/WindowDriver.h"
 
 #include <gtest/gtest.h>
@@ -698,7 +699,7 @@ TEST(JobCopies, UnderDifferentNamesRunJobsAtTheSameTime)
                 WaitFor([] { return !IsLoaded() && ::GetModuleHandleA("other.dll") == nullptr; }));
             return nResult;
         },
-        [] { ExpectToWork(LoadedJobs()); });
+        [] { ExpectToWork(LoadedJobs()); }, CostOfAThreadWithADialog());
 }
 
 LONGLONG Crash(void* /*pArg*/, HWND /*hWnd*/)

@@ -4,6 +4,7 @@
 #include "tests/support/FailingCall.h"
 #include "tests/support/LoadedTarn.h"
 #include "tests/support/TempFolder.h"
+#include "tests/support/ThreadWithADialog.h"
 #include "tests/support/WindowDriver.h"
 
 #include <gtest/gtest.h>
@@ -320,6 +321,6 @@ TEST_F(OpenDialogFault, OfAskingAWindowOfAnotherThreadLeavesThatOneAlone)
             Fill();
             return nOpened;
         },
-        [this] { ExpectToWork(); });
+        [this] { ExpectToWork(); }, CostOfAThreadWithADialog());
 }
 } // namespace

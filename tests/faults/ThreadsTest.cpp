@@ -6,6 +6,7 @@
 #include "tests/support/LoadedTarn.h"
 #include "tests/support/RegistrySandbox.h"
 #include "tests/support/TempFolder.h"
+#include "tests/support/ThreadWithADialog.h"
 #include "tests/support/WindowDriver.h"
 
 #include <gtest/gtest.h>
@@ -271,6 +272,6 @@ TEST(Threads, ASecondOneCanCallEveryExportAfterTheFirst)
             other.Join();
             return nRight;
         },
-        [&] { EXPECT_EQ(CallAll(tarn, first), kExports); });
+        [&] { EXPECT_EQ(CallAll(tarn, first), kExports); }, CostOfAThreadWithADialog());
 }
 } // namespace

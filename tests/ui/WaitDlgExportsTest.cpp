@@ -2,6 +2,7 @@
 #include "tests/support/CleanFault.h"
 #include "tests/support/ImportPatch.h"
 #include "tests/support/LoadedTarn.h"
+#include "tests/support/ThreadWithADialog.h"
 #include "tests/support/WindowDriver.h"
 
 #include <gtest/gtest.h>
@@ -426,7 +427,8 @@ TEST_F(WaitWindow, WorksOnAnotherThread)
         EXPECT_TRUE(bClosed);
         return bOpened;
     };
-    ExpectCleanFault(true, onAnotherThread, [this] { ExpectToWork(); });
+    ExpectCleanFault(
+        true, onAnotherThread, [this] { ExpectToWork(); }, CostOfAThreadWithADialog());
 }
 
 // The system destroys a window on its own thread only.
