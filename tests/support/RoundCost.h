@@ -68,12 +68,9 @@ public:
             round();
         // A thread that has just signalled its end may still be there for a moment, with all it holds.
         const DWORD nStart = ::GetTickCount();
-        ResourceCount end = ResourceCount::Now();
-        while (end.nThreads > m_start.nThreads && ::GetTickCount() - nStart < kMostWait)
-        {
+        while (ResourceCount::Threads() > m_start.nThreads && ::GetTickCount() - nStart < kMostWait)
             ::Sleep(5);
-            end = ResourceCount::Now();
-        }
+        const ResourceCount end = ResourceCount::Now();
         AddBlock(m_start, end);
         m_start = end;
     }
