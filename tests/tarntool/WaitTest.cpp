@@ -67,17 +67,34 @@ bool IsAbove(HWND hWnd, HWND hWndBelow)
     return false;
 }
 
-// Colours inside a window, as they are on the screen.
+// Colours inside a window, as they are on the screen. One look at it: each takes long.
 std::size_t ColoursOf(HWND hWnd)
 {
     const RECT rc = RectOf(hWnd);
+    const int nWidth = rc.right - rc.left;
+    const int nHeight = rc.bottom - rc.top;
+    BITMAPINFO info = {};
+    info.bmiHeader.biSize = sizeof(info.bmiHeader);
+    info.bmiHeader.biWidth = nWidth;
+    info.bmiHeader.biHeight = nHeight;
+    info.bmiHeader.biPlanes = 1;
+    info.bmiHeader.biBitCount = 32;
+    void* pPixels = nullptr;
     HDC const hScreen = ::GetDC(nullptr);
+    HDC const hMemory = ::CreateCompatibleDC(hScreen);
+    HBITMAP const hBitmap =
+        ::CreateDIBSection(hScreen, &info, DIB_RGB_COLORS, &pPixels, nullptr, 0);
+    HGDIOBJ const hOld = ::SelectObject(hMemory, hBitmap);
     std::set<COLORREF> colours;
-    for (int y = rc.top; y < rc.bottom; ++y)
+    if (::BitBlt(hMemory, 0, 0, nWidth, nHeight, hScreen, rc.left, rc.top, SRCCOPY))
     {
-        for (int x = rc.left; x < rc.right; x += 2)
-            colours.insert(::GetPixel(hScreen, x, y));
+        ::GdiFlush();
+        const auto* const pColours = static_cast<const COLORREF*>(pPixels);
+        colours.insert(pColours, pColours + nWidth * nHeight);
     }
+    ::SelectObject(hMemory, hOld);
+    ::DeleteObject(hBitmap);
+    ::DeleteDC(hMemory);
     ::ReleaseDC(nullptr, hScreen);
     return colours.size();
 }
