@@ -5,6 +5,7 @@ import glob
 import hashlib
 import json
 import os
+import pickle
 import re
 import subprocess
 import sys
@@ -76,8 +77,8 @@ def packages(sbom):
                any(os.path.basename(path) == component["name"] for path in listed), True)
 
 
-def symbols_of(nm, file):
-    return set(re.findall(rf" {DEFINED} ([^.\s]\S*)$", run(nm, file), re.M))
+def symbols_of(nm, *files):
+    return set(re.findall(rf" {DEFINED} ([^.\s]\S*)$", run(nm, *files), re.M))
 
 
 def members_of(nm, archive):
@@ -90,15 +91,23 @@ def members_of(nm, archive):
     return found
 
 
+def looked_up(function, *words):
+    """What the function gives; kept in the current folder for the next look, since nm takes its time."""
+    kept = "-".join([function.__name__, *words]).replace("/", "_") + ".pickle"
+    if not os.path.exists(kept):
+        with open(kept, "wb") as file:
+            pickle.dump(function(*words), file)
+    with open(kept, "rb") as file:
+        return pickle.load(file)
+
+
 def objects(sbom, file, debug, nm, gcc_nm, build):
     here = symbols_of(nm, debug)
-    own = set()
-    for path in glob.glob(os.path.join(build, "CMakeFiles", "*.dir", "**", "*.obj"), recursive=True):
-        own |= symbols_of(gcc_nm, path)
+    own = symbols_of(gcc_nm, *glob.glob(os.path.join(build, "CMakeFiles", "*.dir", "**", "*.obj"), recursive=True))
     libraries = {}
     for component in components(sbom, "library"):
         archive = run("x86_64-w64-mingw32-gcc", f"-print-file-name={component['name']}").strip()
-        libraries[component["name"]] = members_of(nm, archive)
+        libraries[component["name"]] = looked_up(members_of, nm, archive)
     owners = collections.Counter(symbol for members in libraries.values() for symbols in members.values()
                                  for symbol in symbols)
     for component in components(sbom, "library"):
