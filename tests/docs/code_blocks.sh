@@ -194,8 +194,10 @@ block_cpp() {
     local block=$1 dir=$2
     cp "$block" "$dir/block.cpp"
     # shellcheck disable=SC2086
-    compile "$dir/cxx17.log" $cxx -std=c++17 $warnings -I"$source/include" -static "$dir/block.cpp" \
-        -L"$build/lib" -Wl,-Bdynamic -ltarn -Wl,-Bstatic -o "$dir/block.exe" &&
+    compile "$dir/cxx17.log" $cxx -std=c++17 $warnings -I"$source/include" -c "$dir/block.cpp" \
+        -o "$dir/block.o" &&
+        compile "$dir/link.log" $cxx -static "$dir/block.o" \
+            -L"$build/lib" -Wl,-Bdynamic -ltarn -Wl,-Bstatic -o "$dir/block.exe" &&
         with_user "$block" run "$dir" block.exe && expect "$dir/out" && effects "$block" &&
         pass 'runs'
 }
@@ -275,6 +277,9 @@ for tool in $cc $cxx makensis wine; do
 done
 [ -f "$build/bin/tarn.dll" ] || { echo "code_blocks.sh: there is no $build/bin/tarn.dll" >&2; exit 2; }
 
+scratch=$work
+# shellcheck source=tests/support/compiler_cache.sh
+. "$source/tests/support/compiler_cache.sh"
 export TARN_WINE_DIR=$work/wine
 # shellcheck source=tools/wine-env.sh
 . "$source/tools/wine-env.sh"
