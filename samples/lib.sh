@@ -31,16 +31,32 @@ need_tools() {
     done
 }
 
+# made FILE OF COMMAND...: makes the file, unless it has been made, of just that.
+made() {
+    local file=$1 of=$2
+    shift 2
+    [ ! -e "$file" ] || [ "$(cat "$file.of" 2> /dev/null)" != "$of" ] || return 0
+    rm -f "$file.of"
+    "$@" && printf '%s\n' "$of" > "$file.of"
+}
+
+# contents PATH...: tells files and folders from others.
+contents() { find -L "$@" -type f -print0 | LC_ALL=C sort -z | xargs -0 sha256sum | sha256sum; }
+
 make_product() {
     mkdir -p "$out/input" "$build/screenshots"
-    "$samples/product/make.sh" "$out/product" || die "the sample product cannot be made"
+    made "$out/product/product.nsh" \
+        "$(contents "$samples/product"; "${MINGW_CC:-x86_64-w64-mingw32-gcc}" --version)" \
+        "$samples/product/make.sh" "$out/product" || die "the sample product cannot be made"
     printf 'Lakeside Workbench licence 4711\r\n' > "$licence"
 }
 
 make_installer() {
     [ -f "$build/bin/tarn.dll" ] || die "there is no $build/bin/tarn.dll"
     make_product
-    makensis -V2 -WX -DPRODUCT_DIR="$out/product" -DOUT_FILE="$setup" "${wizard_options[@]}" \
+    made "$setup" "$(contents "$out/product" "$samples/wizard" "$samples/../nsis" "$build"/bin/*.{dll,exe}
+        makensis -VERSION; printf '%s\n' "${wizard_options[@]}")" \
+        makensis -V2 -WX -DPRODUCT_DIR="$out/product" -DOUT_FILE="$setup" "${wizard_options[@]}" \
         "$samples/wizard/wizard.nsi" || die "the sample installer cannot be made"
 }
 
