@@ -36,6 +36,9 @@
   !define TARNTOOL "${__FILEDIR__}\..\bin\tarntool.exe"
 !endif
 
+; A letter has up to three bytes of UTF-8.
+!define /math _TARN_MAX_BYTES ${NSIS_MAX_STRLEN} * 3
+
 Var _Tarn_Program   ; the extracted program; empty when it is not there
 Var _Tarn_Waits     ; 1 while the wait window is open
 
@@ -175,9 +178,9 @@ Var _Tarn_Waits     ; 1 while the wait window is open
   StrCpy $9 ""
   System::Call 'kernel32::CreateFileW(w "$_Tarn_Program.txt", i 0x80000000, i 1, p 0, i 3, i 0, p 0) p .r6'
   ${If} $6 P<> -1
-    System::Alloc ${NSIS_MAX_STRLEN}
+    System::Alloc ${_TARN_MAX_BYTES}
     Pop $7
-    System::Call 'kernel32::ReadFile(p r6, p r7, i ${NSIS_MAX_STRLEN} - 1, *i .r8, p 0)'
+    System::Call 'kernel32::ReadFile(p r6, p r7, i ${_TARN_MAX_BYTES}, *i .r8, p 0)'
     System::Call 'kernel32::MultiByteToWideChar(i 65001, i 0, p r7, i r8, w .r9, i ${NSIS_MAX_STRLEN})'
     System::Free $7
     System::Call 'kernel32::CloseHandle(p r6)'

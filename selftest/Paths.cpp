@@ -67,6 +67,7 @@ void CopyFiles(const std::wstring& from, const std::wstring& to)
     }
 }
 
+// NOLINTNEXTLINE(misc-no-recursion): as deep as the folders, which its own programs have made
 void RemoveTree(const std::wstring& folder)
 {
     WIN32_FIND_DATAW found;

@@ -81,10 +81,10 @@ void Sandbox::RemoveKey() const
 
 std::wstring Sandbox::PlainCopyOf(const std::wstring& folder) const
 {
-    const std::wstring plain = PlainForm(folder);
+    std::wstring plain = PlainForm(folder);
     if (!plain.empty())
         return plain;
-    const std::wstring copy = m_folder + L"\\programs";
+    std::wstring copy = m_folder + L"\\programs";
     CopyFiles(folder, copy);
     return copy;
 }

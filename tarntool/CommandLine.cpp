@@ -33,9 +33,9 @@ std::size_t LengthOf(const wchar_t* psz)
 
 CommandLine::CommandLine(const wchar_t* pszArguments, bool bDashes)
     : m_bDashes(bDashes), m_pText(new wchar_t[LengthOf(pszArguments) + 1]),
-      m_ppszArguments(new const wchar_t*[LengthOf(pszArguments) / 2 + 1])
+      m_ppszArguments(new const wchar_t*[LengthOf(pszArguments) / 2 + 1]),
+      m_bValid(Read(pszArguments, Way::Standard) || Read(pszArguments, Way::Plain))
 {
-    m_bValid = Read(pszArguments, Way::Standard) || Read(pszArguments, Way::Plain);
     if (!m_bValid)
         m_nCount = 0;
 }

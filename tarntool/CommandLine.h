@@ -50,10 +50,10 @@ private:
     void ReadBackslashes(const wchar_t** ppsz);
 
     const bool m_bDashes;
-    bool m_bValid;
     int m_nCount = 0;
     wchar_t* m_pText;                // owned; the arguments' texts, one behind the other
     wchar_t* m_pEnd = nullptr;       // of what is written of them
     const wchar_t** m_ppszArguments; // owned
     const wchar_t* m_pszTail = nullptr;
+    const bool m_bValid; // after what reading writes to
 };

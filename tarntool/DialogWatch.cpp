@@ -83,7 +83,9 @@ DialogWatch::DialogWatch(HWND hWndParent, Manner manner)
     g_manner = manner;
     g_hDialog = nullptr;
     g_bShown = false;
+    // Only when those are set. NOLINTNEXTLINE(cppcoreguidelines-prefer-member-initializer)
     m_hCreationHook = ::SetWindowsHookExW(WH_CBT, &CreationHook, nullptr, ::GetCurrentThreadId());
+    // NOLINTNEXTLINE(cppcoreguidelines-prefer-member-initializer)
     m_hMessageHook =
         manner == Manner::Patient
             ? ::SetWindowsHookExW(WH_MSGFILTER, &MessageHook, nullptr, ::GetCurrentThreadId())
@@ -97,7 +99,7 @@ DialogWatch::~DialogWatch()
         ::UnhookWindowsHookEx(m_hMessageHook);
 }
 
-HWND DialogWatch::GetDialog() const
+HWND DialogWatch::GetDialog()
 {
     return g_hDialog;
 }

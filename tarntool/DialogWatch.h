@@ -24,11 +24,11 @@ public:
     DialogWatch(const DialogWatch&) = delete;
     DialogWatch& operator=(const DialogWatch&) = delete;
 
-    HWND GetDialog() const; // null before it is made
+    static HWND GetDialog(); // null before it is made
 
 private:
-    HHOOK m_hCreationHook;
-    HHOOK m_hMessageHook;
+    HHOOK m_hCreationHook = nullptr;
+    HHOOK m_hMessageHook = nullptr;
 };
 
 // The left upper corner that puts a window of this size over the middle of the installer's.

@@ -30,7 +30,7 @@ UINT EndWaitWindow(const Request& request)
 {
     const WaitName name(request);
     const Output output(request.Value(Request::Out));
-    WaitRecord record;
+    WaitRecord record = {};
     const ScopedHandle done(::OpenEventW(EVENT_MODIFY_STATE, FALSE, name.Done()));
     if (!done.IsValid() || !ReadRecord(name, &record))
         throw Failure{ExitCode::NoWaitWindow, "there is no wait window with the --id " +

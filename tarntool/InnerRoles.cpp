@@ -43,7 +43,7 @@ bool BeginsWithEvent(LPCWSTR pszArguments)
 
 bool PlayInnerRole(LPCWSTR pszArguments, UINT* pnExitCode)
 {
-    for (const Role& role : kRoles)
+    for (const Role& role : kRoles) // NOLINT(readability-use-anyofallof): it acts
     {
         const std::size_t cch = std::wcslen(role.pszName);
         if (std::wcsncmp(pszArguments, role.pszName, cch) == 0 && pszArguments[cch] == L' ' &&

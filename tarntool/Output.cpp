@@ -20,10 +20,11 @@ HANDLE GetConsole() noexcept
         if (::AttachConsole(ATTACH_PARENT_PROCESS) || ::GetLastError() == ERROR_ACCESS_DENIED)
         {
             SECURITY_ATTRIBUTES inherited = {sizeof(inherited), nullptr, TRUE};
-            HANDLE const h = ::CreateFileW(L"CONOUT$", GENERIC_READ | GENERIC_WRITE,
-                                           FILE_SHARE_READ | FILE_SHARE_WRITE, &inherited,
-                                           OPEN_EXISTING, 0, nullptr);
-            g_hConsole = h == INVALID_HANDLE_VALUE ? nullptr : h;
+            g_hConsole = ::CreateFileW(L"CONOUT$", GENERIC_READ | GENERIC_WRITE,
+                                       FILE_SHARE_READ | FILE_SHARE_WRITE, &inherited,
+                                       OPEN_EXISTING, 0, nullptr);
+            if (g_hConsole == INVALID_HANDLE_VALUE)
+                g_hConsole = nullptr;
         }
     }
     return g_hConsole;
@@ -78,7 +79,7 @@ bool IsAttachedToConsole() noexcept
     return g_hConsole != nullptr;
 }
 
-Output::Output(LPCWSTR pszFile) : m_hStream(nullptr)
+Output::Output(LPCWSTR pszFile)
 {
     if (pszFile == nullptr)
     {

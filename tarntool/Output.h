@@ -25,7 +25,7 @@ public:
 
 private:
     ScopedHandle m_file;
-    HANDLE m_hStream; // the file, or borrowed from the process
+    HANDLE m_hStream = nullptr; // the file, or borrowed from the process
 };
 
 // "tarntool: SENTENCE." on the error output; where there is none, nowhere.

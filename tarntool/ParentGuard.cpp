@@ -10,6 +10,7 @@ ParentGuard::ParentGuard(HWND hWndParent)
     const ScopedHandle self(OpenOwnProcess());
     const HANDLE handles[] = {self};
     WCHAR szWindow[20];
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-vararg): the system's
     ::wsprintfW(szWindow, L"%08X", static_cast<UINT>(reinterpret_cast<UINT_PTR>(hWndParent)));
     const ProgramPath path;
     bool bReady = false; // without a guard it is done without one

@@ -12,7 +12,7 @@ int DigitOf(WCHAR ch)
 {
     if (ch >= L'0' && ch <= L'9')
         return ch - L'0';
-    const WCHAR chLower = static_cast<WCHAR>(ch | 0x20);
+    const auto chLower = static_cast<WCHAR>(ch | 0x20);
     return chLower >= L'a' && chLower <= L'f' ? chLower - L'a' + 10 : 99;
 }
 

@@ -48,7 +48,7 @@ public:
 
 private:
     PSECURITY_DESCRIPTOR m_pDescriptor = nullptr;
-    SECURITY_ATTRIBUTES m_attributes;
+    SECURITY_ATTRIBUTES m_attributes = {};
 };
 
 bool AppendRandomName(LPWSTR pszPath)

@@ -25,6 +25,6 @@ public:
 private:
     bool Make();
 
-    WCHAR m_szPath[MAX_PATH];
+    WCHAR m_szPath[MAX_PATH] = {};
     ScopedHandle m_file;
 };

@@ -80,7 +80,7 @@ void Request::Sort()
 
     if (m_line.GetTail() == nullptr || m_pCommand->bTail)
         return;
-    m_pBehindDashes.reset(new CommandLine(m_line.GetTail(), false));
+    m_pBehindDashes = std::make_unique<CommandLine>(m_line.GetTail(), false);
     const CommandLine& rest = *m_pBehindDashes;
     if (!rest.IsValid())
         Wrong("the quotation marks in the arguments do not match");

@@ -97,7 +97,7 @@ UINT RunProgram(const Request& request)
                            output); // ends with this process, should that be ended
     EndWithInstaller(hWndParent);
     DisabledParent parent(hWndParent);
-    const ULONGLONG nEnd = ::GetTickCount64() + nSeconds * kMillisecondsPerSecond;
+    const ULONGLONG nEnd = ::GetTickCount64() + ULONGLONG{nSeconds} * kMillisecondsPerSecond;
     Job job = {program, parent,
                nSeconds == kLongestPatience ? INFINITE : nSeconds * kMillisecondsPerSecond};
     SpendFirstShow();

@@ -155,7 +155,7 @@ UINT KeepWaitWindow(LPCWSTR pszArguments)
     const CString strTitle = ToDisplayText(request.Value(Request::Title));
     const CString strMessage = ToDisplayText(request.Value(Request::Message));
     DoWaitDlgModless(hWndParent, strTitle, strMessage);
-    HWND const hWnd = watch.GetDialog();
+    HWND const hWnd = DialogWatch::GetDialog();
     if (hWnd == nullptr)
         return static_cast<UINT>(ExitCode::SystemFailure);
     HandleMessages();

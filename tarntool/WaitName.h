@@ -22,6 +22,6 @@ public:
 
 private:
     static constexpr int kMaxName = 250;
-    WCHAR m_szRecord[kMaxName + 1];
-    WCHAR m_szDone[kMaxName + 1];
+    WCHAR m_szRecord[kMaxName + 1] = {};
+    WCHAR m_szDone[kMaxName + 1] = {};
 };

@@ -11,8 +11,10 @@ work=build/check
 failed=()
 
 sources() { git ls-files -- "$@"; }
-library_sources() {
-    sources 'frame/*.cpp' 'framework/*.cpp' 'runtime/*.cpp' 'install/*.cpp' 'ui/*.cpp' 'validate/*.cpp'
+# Of what is handed out: the library, tarntool and the self-test.
+shipped_sources() {
+    sources 'frame/*.cpp' 'framework/*.cpp' 'runtime/*.cpp' 'install/*.cpp' 'ui/*.cpp' 'validate/*.cpp' \
+        'tarntool/*.cpp' 'selftest/*.cpp'
 }
 scripts() {
     sources | while IFS= read -r file; do
@@ -25,7 +27,8 @@ scripts() {
 # The tools, each for one file
 
 # Full names: .clang-tidy tells the library's headers from others by them.
-library=(-std=c++17 -D_WIN32_WINNT=0x0601 -DWINVER=0x0601 "-I$PWD" "-I$PWD/include" "-I$PWD/framework")
+library=(-std=c++17 -D_WIN32_WINNT=0x0601 -DWINVER=0x0601 "-I$PWD" "-I$PWD/include" "-I$PWD/framework"
+    '-DTARN_VERSION="0"' '-DTARN_SELFTEST_VERSION="0"' '-DTARN_SELFTEST_SEND_TO=""')
 
 # Clang in the cross compiler's place: its target, its C++ library, its Windows headers. Of those as
 # little as the library can do with: the checks look at every declaration, and most of their time went
@@ -97,8 +100,8 @@ each_file() {
         echo "builddir = $work"
         scripts | edges shellcheck "${libraries[@]}"
         sources '*.c' '*.cpp' '*.h' | edges clang-format .clang-format
-        library_sources | edges cppcheck "${headers[@]}"
-        library_sources | grep -v 'Native\.cpp$' | edges clang-tidy .clang-tidy
+        shipped_sources | edges cppcheck "${headers[@]}"
+        shipped_sources | grep -v 'Native\.cpp$' | edges clang-tidy .clang-tidy selftest/.clang-tidy
     } > $work/build.ninja
     ninja --quiet -k 0 -f $work/build.ninja
 }

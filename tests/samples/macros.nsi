@@ -1,5 +1,6 @@
 ; macros.nsi - calls every macro of tarn.nsh, in the installer and in the uninstaller, and prints what
-; they return. Defines: OUT_FILE, TARN_DLL; WINDOW for the part that needs somebody at the keyboard.
+; they return. Defines: OUT_FILE; TARN_DLL, or TARNTOOL for those of tarntool.nsh; X86 for a 32-bit installer;
+; INIT_ONLY for what happens where the library cannot be used.
 
 !ifndef X86
   Target amd64-unicode
@@ -13,7 +14,15 @@ AutoCloseWindow true
 
 !include FileFunc.nsh
 !include LogicLib.nsh
-!include "../../nsis/tarn.nsh"
+!ifdef TARNTOOL
+  !include "../../nsis/tarntool.nsh"
+  !define LIBRARY "tarntool.exe"
+  !define LETTERS 500 ; of an address: less than fits into a command line of NSIS_MAX_STRLEN
+!else
+  !include "../../nsis/tarn.nsh"
+  !define LIBRARY "tarn.dll"
+  !define LETTERS 1000
+!endif
 
 Page instfiles
 !ifndef INIT_ONLY
@@ -71,12 +80,14 @@ Page instfiles
   ${Tarn_CloseWaitDlg}
   ${Tarn_Free}
 
+!ifndef TARNTOOL
   ${Tarn_LoadFrom} $R0 "C:\no such (folder)\tarn.dll"
   ${Print} "missing: $R0"
   File "/oname=$INSTDIR\x86.dll" "${NSISDIR}\Plugins\x86-unicode\System.dll"
   ${Tarn_LoadFrom} $R0 "$INSTDIR\x86.dll"
   ${Print} "32-bit: $R0"
   Delete "$INSTDIR\x86.dll"
+!endif
 
   ${Tarn_Init}
   ${Tarn_TryInit} $R0
@@ -96,7 +107,7 @@ Page instfiles
   ${Do}
     StrCpy $Line "a$Line"
     StrLen $R0 $Line
-  ${LoopUntil} $R0 = 1000
+  ${LoopUntil} $R0 = ${LETTERS}
   ${Tarn_VerifyEmail} $R0 $R1 $R2 $R3 "$Line"
   StrLen $R3 $R3
   ${Print} "$R0 $R1 [$R2] $R3 characters"
@@ -148,8 +159,9 @@ Page instfiles
 
   ${Tarn_Free}
   ${Tarn_Free}
-  ${If} ${FileExists} "$PLUGINSDIR\tarn.dll"
-    ${Print} "tarn.dll is still there"
+  ${If} ${FileExists} "$PLUGINSDIR\${LIBRARY}"
+  ${OrIf} ${FileExists} "$PLUGINSDIR\${LIBRARY}.*"
+    ${Print} "${LIBRARY} is still there"
   ${EndIf}
   ${Tarn_FileCopy} $R0 "$EXEPATH" "$INSTDIR\"
   ${Print} "after Tarn_Free: $R0"
@@ -179,11 +191,11 @@ Page instfiles
   ${Do}
     StrCpy $Line "a$Line${U+8868}"
     StrLen $R0 $Line
-  ${LoopUntil} $R0 = 1000
+  ${LoopUntil} $R0 = ${LETTERS}
   ${Tarn_VerifyEmail} $R0 $R1 $R2 $R3 "  $Line  "
   ${Print} "$R0 $R1 [$R2]"
   ${If} $R3 == $Line
-    ${Print} "the same 1000 letters"
+    ${Print} "the same ${LETTERS} letters"
   ${EndIf}
   ${Tarn_Free}
 !macroend

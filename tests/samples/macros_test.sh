@@ -1,5 +1,6 @@
 #!/bin/bash
-# macros_test.sh BUILD_DIR - every macro of tarn.nsh, in an installer and in its uninstaller.
+# macros_test.sh BUILD_DIR - every macro of tarn.nsh and of tarntool.nsh, in an installer and in its uninstaller.
+# With TARN_WIZARD=x86 those of tarntool.nsh in a 32-bit installer, which needs a Wine for it.
 set -u
 build=$(cd "$1" && pwd) || exit 2
 here=$(cd "$(dirname "$0")" && pwd)
@@ -17,8 +18,9 @@ compile() { # FILE OPTION...
     makensis -V2 -WX -DOUT_FILE="$file" "$@" "$here/macros.nsi"
 }
 
+# expected tarn|tarntool
 expected() {
-    cat << 'EOF'
+    sed -e "$([ "$1" = tarn ] || echo '/^missing:/d; /^32-bit:/d; s/ 1000 characters/ 500 characters/')" << 'EOF'
 before Tarn_Init: error
 before Tarn_Init: error -1 [] [user@example.com]
 before Tarn_Init: error []
@@ -49,10 +51,10 @@ kept: a0 a1 a2 a3 a4 a5 a6 a7 a8 a9 b9 bottom
 EOF
 }
 
-# compared NAME SAID: what the macros printed, line by line.
+# compared NAME LIBRARY SAID: what the macros printed, line by line.
 compared() {
     local line said
-    exec 3< <(expected) 4<<< "$2"
+    exec 3< <(expected "$2") 4<<< "$3"
     while read -r -u 3 line; do
         read -r -u 4 said
         check "$1" "$said" equal "$said" "$line"
@@ -60,17 +62,19 @@ compared() {
     check "$1" 'nothing else' fails read -r -u 4 said
 }
 
+# calls LIBRARY OPTION...
 calls() {
-    local said
-    compile "$macros" -DTARN_DLL="$build/bin/tarn.dll" || die "macros.nsi cannot be compiled"
+    local library=$1 said
+    shift
+    compile "$macros" "$@" || die "macros.nsi cannot be compiled"
     said=$(timeout 120 wine "$macros" /S 2> /dev/null | tr -d '\r')
-    compared installer "$said"
+    compared "$library.nsh, installer" "$library" "$said"
     # With _?= it runs in its place, and not as a copy that nobody waits for.
     said=$(timeout 120 wine 'C:\Macros\uninstall.exe' /S '_?=C:\Macros' 2> /dev/null | tr -d '\r')
-    compared uninstaller "$said"
+    compared "$library.nsh, uninstaller" "$library" "$said"
 }
 
-double_byte() {
+double_byte() { # LETTERS
     local said
     if ! locale -a | grep -qix ja_JP.utf8; then
         echo '  skipped: there is no locale ja_JP.UTF-8'
@@ -78,13 +82,13 @@ double_byte() {
     fi
     said=$(LC_ALL=ja_JP.UTF-8 timeout 120 wine "$macros" /S /DOUBLE_BYTE 2> /dev/null | tr -d '\r' | paste -sd'|')
     check 'code page 932' "$said" equal "$said" \
-        'copied: 1|under its own name|0 -1 [Missing  @  ]|the same 1000 letters'
+        "copied: 1|under its own name|0 -1 [Missing  @  ]|the same $1 letters"
 }
 
-# A library that the installer cannot load: a sentence, no crash.
-unusable() { # NAME INSTALLER
-    local name="$1 with a 32-bit tarn.dll" code installer limit window=''
-    local sentence='The setup library cannot be used'
+# A library that the installer cannot use: a sentence, no crash.
+unusable() { # NAME INSTALLER SENTENCE ITS_END
+    local name=$1 code installer limit window=''
+    local sentence=$3
     timeout 60 wine "$2" /S &> "$out/macros.log"
     code=$?
     check "$name, silent" "exit code $code" equal $code 2
@@ -103,8 +107,12 @@ unusable() { # NAME INSTALLER
     wait $installer
     code=$?
     check "$name, with a user interface" "$window" \
-        contains "$window" 'is not a 64-bit Windows library.'
+        contains "$window" "$4"
     check "$name, with a user interface" "exit code $code" equal $code 2
+}
+
+unusable_dll() { # SCRIPT INSTALLER
+    unusable "$1 with a 32-bit tarn.dll" "$2" 'The setup library cannot be used' 'is not a 64-bit Windows library.'
 }
 
 # The sample as it lies in the kit; what it makes goes into its own folder.
@@ -116,7 +124,7 @@ minimal() {
     cp "$samples/nsis/minimal.nsi" "$tree/samples/nsis"
     makensis -V2 -WX -DTARN_DLL=$x86_dll "$tree/samples/nsis/minimal.nsi" ||
         die "minimal.nsi cannot be compiled"
-    unusable minimal.nsi "$tree/samples/nsis/minimal-setup.exe"
+    unusable_dll minimal.nsi "$tree/samples/nsis/minimal-setup.exe"
 }
 
 wrong_target() {
@@ -132,12 +140,24 @@ mkdir -p "$out"
 make_probe
 start_wine
 clean_slate 'C:\Macros'
-wrong_target
-calls
-double_byte
-compile "$macros" -DINIT_ONLY -DTARN_DLL=$x86_dll || die "macros.nsi cannot be compiled"
-unusable macros.nsi "$macros"
-minimal
+tool=(-DTARNTOOL="$build/bin/tarntool.exe")
+broken=(-DINIT_ONLY -DTARNTOOL="$here/macros.nsi")
+if [ "${TARN_WIZARD:-}" = x86 ]; then
+    tool+=(-DX86)
+    broken+=(-DX86)
+else
+    wrong_target
+    calls tarn -DTARN_DLL="$build/bin/tarn.dll"
+    double_byte 1000
+    compile "$macros" -DINIT_ONLY -DTARN_DLL=$x86_dll || die "macros.nsi cannot be compiled"
+    unusable_dll macros.nsi "$macros"
+    minimal
+fi
+calls tarntool "${tool[@]}"
+double_byte 500
+compile "$macros" "${broken[@]}" || die "macros.nsi cannot be compiled"
+unusable 'macros.nsi with a tarntool.exe that is none' "$macros" 'The setup program cannot be started' \
+    'It needs 64-bit Windows, and a virus scanner that leaves it alone.'
 left=$(temporary_files)
 check 'no temporary files are left' "$left" empty "$left"
 rm -rf "$(unix 'C:\Macros')"
