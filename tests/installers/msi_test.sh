@@ -9,6 +9,8 @@ export TARN_WIZARD=msi
 . "$here/../../samples/lib.sh"
 # shellcheck source=tests/installers/hold.sh
 . "$here/hold.sh"
+# shellcheck source=tests/docs/quoting.sh
+. "$here/../docs/quoting.sh"
 
 folder='C:\Tools (64-bit) [x]\Lakeside Workbench'
 package=$out/lakeside.msi
@@ -84,6 +86,28 @@ nothing_left() {
     check '  no temporary files' "$left" empty "$left"
 }
 
+# A package with one action more: the line of docs/tarntool.md.
+quoting() {
+    local example=$out/quoting.msi line temp
+    line=$(quoting_example 'Windows Installer' | sed -n "s/^ExeCommand='\(.*\)'$/\1/p")
+    check 'the page has a line' "$line" fails empty "$line"
+    cp "$package" "$example"
+    msibuild "$example" -q \
+        "INSERT INTO CustomAction (Action, Type, Source, Target) VALUES ('Quoting', 3074, 'TarnTool', '$line')" \
+        "INSERT INTO InstallExecuteSequence (Action, Condition, Sequence) VALUES ('Quoting', 'NOT REMOVE', 4050)" ||
+        die 'the action cannot be added'
+    temp=$(winepath -u "$(wine cmd /c 'echo %TEMP%' 2> /dev/null | tr -d '\r')")
+    echo 'from the page' > "$temp/a b.txt"
+    timeout 120 wine msiexec /i "$(windows "$example")" "INSTALLFOLDER=$folder" EMAIL=user.name@example.com \
+        /qn /l*v "$(windows "$log")" &> "$out/run.log"
+    code=$?
+    check '  exit code' "$code" equal "$code" 0
+    check '  the file is there' '' cmp -s "$temp/a b.txt" "$(unix "$folder")/a b.txt"
+    rm -f "$temp/a b.txt" "$(unix "$folder")/a b.txt"
+    run /x "$(windows "$example")"
+    check '  removed: exit code' "$code" equal "$code" 0
+}
+
 # Wine makes the folder when it works out what the installation costs.
 nothing_installed() {
     check '  it is not installed' "$code" fails equal "$code" 0
@@ -152,6 +176,9 @@ release
 installed
 run /x "$(windows "$package")"
 check 'removed after that: exit code' "$code" equal "$code" 0
+echo 'The line that docs/tarntool.md shows:'
+quoting
+nothing_left
 echo
 [ $wrong = 0 ] || { echo "$wrong WRONG"; exit 1; }
 echo 'Everything is right.'
