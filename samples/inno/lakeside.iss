@@ -15,6 +15,7 @@
 #ifndef ProductDir
   #define ProductDir SourcePath + "..\product"
 #endif
+#define Art SourcePath + "..\wizard\art"
 #define RunOnce "Software\Microsoft\Windows\CurrentVersion\RunOnce"
 
 [Setup]
@@ -35,10 +36,22 @@ OutputDir=.
 OutputBaseFilename=lakeside-setup
 UninstallDisplayIcon={app}\bin\lakeside.exe
 WizardStyle=modern
+DisableWelcomePage=no
+SetupIconFile={#Art}\setup.ico
+WizardImageFile={#Art}\side.bmp
+WizardSmallImageFile={#Art}\small.bmp
 
+; The wizard for NSIS says the same.
 [Messages]
+WelcomeLabel2=This installs [name/ver] on your computer, for your own account.%n%nYou will be asked for your \
+  e-mail address, for a licence file if you have one, and for a folder.
+WizardSelectDir=Choose Install Location
+SelectDirDesc=Choose the folder in which to install [name].
+WizardInstalling=Installing
 ; "Please wait" is what the wait window says.
 InstallingLabel=[name] is being installed on your computer.
+FinishedLabelNoIcons=[name] has been installed.%n%nIt will show you around at your next log-on.
+FinishedLabel=[name] has been installed.%n%nIt will show you around at your next log-on.
 
 [Files]
 Source: "{#ProductDir}\tree\*"; DestDir: "{app}"; Flags: recursesubdirs createallsubdirs ignoreversion
@@ -95,23 +108,27 @@ begin
   Result := TNewStaticText.Create(Page);
   Result.Parent := Page.Surface;
   Result.Top := Page.Edits[0].Top + Page.Edits[0].Height + ScaleY(8);
-  Result.Width := Page.SurfaceWidth;
-  Result.Font.Color := clRed;
+  Result.AutoSize := False;
+  Result.WordWrap := True;
+  Result.ShowAccelChar := False; // "&" is an ampersand
+  Result.SetBounds(0, Result.Top, Page.SurfaceWidth, ScaleY(40));
+  Result.Font.Color := $0000C0;
 end;
 
 procedure InitializeWizard;
 var
   Browse: TNewButton;
 begin
-  EmailPage := CreateInputQueryPage(wpWelcome, 'E-mail Address', 'Who uses Lakeside Workbench?',
-    'Your address is kept with this installation and is not sent anywhere.');
+  EmailPage := CreateInputQueryPage(wpWelcome, 'E-mail Address', 'Whose copy of Lakeside Workbench is this?',
+    'Your address is stored with the program, so that support can tell whose copy it is. It stays on this computer.');
   EmailPage.Add('&E-mail address:', False);
   EmailPage.Values[0] := ExpandConstant('{param:EMAIL}');
   EmailPage.Edits[0].OnChange := @EmailChanged;
   EmailMessage := AddMessage(EmailPage);
 
   LicencePage := CreateInputQueryPage(EmailPage.ID, 'Licence File', 'Have you been given a licence file?',
-    'If you have a licence file, choose it here. Without one, leave the field empty.');
+    'If you have a licence file, choose it here. Without one, leave the field empty: Lakeside Workbench then runs ' +
+    'as a trial.');
   LicencePage.Add('&Licence file:', False);
   LicencePage.Values[0] := ExpandConstant('{param:LICENCE}');
   LicencePage.Edits[0].OnChange := @LicenceChanged;
@@ -125,6 +142,36 @@ begin
   Browse.OnClick := @BrowseForLicence;
 end;
 
+// What the library says of an address, in this page's own words: a sentence about what is selected in the field.
+function ExplainFault(const Message: String; const Position: Integer): String;
+var
+  Edit: TCustomEdit;
+  Fault: String;
+begin
+  Edit := EmailPage.Edits[0];
+  Fault := Copy(Edit.Text, Edit.SelStart + 1, 1);
+  if Edit.Text = '' then
+    Result := 'Please enter your e-mail address.'
+  else if Position < 0 then
+    Result := 'An e-mail address has an "@" in it.'
+  else if Message = '@  is in invalid location in email.' then
+    Result := 'Something is missing before the "@".'
+  else if Message = 'Invalid Domain name.' then
+    Result := 'What follows the "@" is not complete: it has a dot in it, as in "example.com".'
+  else if (Message = 'Character  "." is in Invalid location.') and (Fault = '') then
+    Result := 'Something is missing at the end of the address.'
+  else if Message = 'Character  "." is in Invalid location.' then
+    Result := 'Something is missing before this dot.'
+  else if Message <> 'invalid character in email.' then
+    Result := 'The part that begins here is too long: it can have 64 characters.'
+  else if Fault = ' ' then
+    Result := 'There are no blanks in an e-mail address.'
+  else if Fault = '@' then
+    Result := 'There is only one "@" in an e-mail address.'
+  else
+    Result := 'The character ' + Fault + ' cannot be used in an e-mail address.';
+end;
+
 function CheckEmail: Boolean;
 var
   Address, Message: String;
@@ -135,12 +182,12 @@ begin
   EmailPage.Values[0] := Address;
   if not Result then
   begin
-    if Message = '' then
-      Message := 'Please enter an address.';
     Log(Format('The e-mail address "%s" is refused: %s (position %d)', [Address, Message, Position]));
-    EmailMessage.Caption := Message;
     if not WizardSilent then
+    begin
       TarnSelectFault(EmailPage.Edits[0], Position);
+      EmailMessage.Caption := ExplainFault(Message, Position);
+    end;
   end;
 end;
 
@@ -150,7 +197,7 @@ begin
   if not Result then
   begin
     Log('There is no licence file ' + LicencePage.Values[0]);
-    LicenceMessage.Caption := 'There is no such file.';
+    LicenceMessage.Caption := 'There is no such file. Choose another one, or leave the field empty.';
   end;
 end;
 

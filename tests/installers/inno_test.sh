@@ -11,12 +11,14 @@ export TARN_WIZARD=inno
 . "$here/../samples/screen.sh"
 # shellcheck source=tests/installers/hold.sh
 . "$here/hold.sh"
+# shellcheck source=tests/docs/quoting.sh
+. "$here/../docs/quoting.sh"
 
 uninstall_key='HKCU\Software\Microsoft\Windows\CurrentVersion\Uninstall\Lakeside_is1'
 installers_own=(unins000.exe unins000.dat)
 folder='C:\Tools (64-bit) [x]\Lakeside Workbench'
 log=$out/setup.log
-title='Setup - Lakeside Workbench 1.2'
+title='Setup - Lakeside Workbench'
 code=
 
 compile() {
@@ -65,7 +67,7 @@ silently() {
     nothing_left
     echo 'No address:'
     run
-    ended 1 'Please enter an address.'
+    ended 1 'The e-mail address "" is refused:  (position -1)'
     echo 'A licence file that does not exist:'
     run /EMAIL=user@example.com '/LICENCE=C:\no such.lic'
     ended 1 'There is no licence file C:\no such.lic'
@@ -103,29 +105,75 @@ silently() {
     nothing_left
 }
 
+# The line of docs/tarntool.md, in a Setup around it.
+quoting() {
+    local line target='C:\Quoting [x]'
+    line=$(quoting_example 'Inno Setup')
+    check 'the page has a line' "$line" fails empty "$line"
+    echo 'from the page' > "$out/a b.txt"
+    cat > "$out/quoting.iss" << END
+[Setup]
+AppName=Quoting
+AppVersion=1
+DefaultDirName=$target
+OutputBaseFilename=quoting-setup
+PrivilegesRequired=lowest
+Uninstallable=no
+[Dirs]
+Name: "{app}"
+[Files]
+Source: "$(windows "$build/bin/tarntool.exe")"; Flags: dontcopy
+Source: "$(windows "$out/a b.txt")"; Flags: dontcopy
+[Code]
+procedure CurStepChanged(Step: TSetupStep);
+var
+  Tool, Source: String;
+  Code: Integer;
+begin
+  if Step <> ssPostInstall then
+    Exit;
+  ExtractTemporaryFile('tarntool.exe');
+  ExtractTemporaryFile('a b.txt');
+  Tool := ExpandConstant('{tmp}\tarntool.exe');
+  Source := ExpandConstant('{tmp}\a b.txt');
+  $line;
+  SaveStringToFile(ExpandConstant('{app}\code.txt'), IntToStr(Code), False);
+end;
+END
+    wine "$TARN_ISCC" /Q "/O$(windows "$out")" "$(windows "$out/quoting.iss")" &> "$out/iscc.log" ||
+        { cat "$out/iscc.log"; die 'the line of the page cannot be compiled'; }
+    timeout 120 wine "$out/quoting-setup.exe" /VERYSILENT /SUPPRESSMSGBOXES &> "$out/run.log"
+    check '  exit code' "$(cat "$(unix "$target")/code.txt")" equal "$(cat "$(unix "$target")/code.txt")" 0
+    check '  the file is there' '' cmp -s "$out/a b.txt" "$(unix "$target")/a b.txt"
+    rm -rf "$(unix "$target")"
+}
+
 wizard() {
     wine "$setup" /PAUSE=1500 &> "$out/wizard.log" &
     until_shown "$title"
     activate "$title"
+    page 'Welcome to the Lakeside Workbench Setup Wizard'
+    picture 0-welcome
+    keys Return
     page 'E-mail Address'
     keys Return
-    check 'an empty address is refused' '' until_shown 'Please enter an address.'
-    refused 'us er@example.com' 'invalid character in email.' 2-3
+    check 'an empty address is refused' '' until_shown 'Please enter your e-mail address.'
+    refused 'us er@example.com' 'There are no blanks in an e-mail address.' 2-3
     picture 1-email
     # Not the end of an argument.
-    refused 'a" --out "b@example.com' 'invalid character in email.' 1-2
-    refused 'user@exa mple.com' 'invalid character in email.' 8-9
-    refused 'username.com' 'Missing  @  ' 12-12
-    refused '  user@  ' 'Character  "." is in Invalid location.' 5-5 'user@'
+    refused 'a" --out "b@example.com' 'The character " cannot be used in an e-mail address.' 1-2
+    refused 'user@exa mple.com' 'There are no blanks in an e-mail address.' 8-9
+    refused 'username.com' 'An e-mail address has an "@" in it.' 12-12
+    refused '  user@  ' 'Something is missing at the end of the address.' 5-5 'user@'
     keys End x
-    check 'the message goes when the address is changed' '' until_gone 'Character  "." is in Invalid location.'
+    check 'the message goes when the address is changed' '' until_gone 'Something is missing at the end of the address.'
     write ' user.name@example.com '
     keys Return
 
     page 'Licence File'
     write 'C:\no such file.lic'
     keys Return
-    check 'a licence file that does not exist is refused' '' until_shown 'There is no such file.'
+    check 'a licence file that does not exist is refused' '' until_shown 'There is no such file. Choose another one, or leave the field empty.'
     write ''
     keys alt+r
     page 'Choose the licence file'
@@ -142,15 +190,17 @@ wizard() {
     page 'Licence File'
     keys alt+n
 
-    page 'Select Destination Location'
+    page 'Choose Install Location'
+    picture 3-folder
     write "$folder"
     check 'the folder is in the field' "$folder" until_shown "$folder"
     keys Return
 
     wait_window 'Lakeside Workbench is being installed on your computer.' "$title"
-    picture 3-wait
+    picture 4-wait
     page 'Completing the Lakeside Workbench Setup Wizard'
     check 'the wait window is closed' '' fails shows 'Please wait'
+    picture 5-finish
     keys Return
     wait %1
     check 'the wizard ended well' '' equal $? 0
@@ -169,6 +219,8 @@ start_wine
 clean_slate "$folder"
 compile
 silently
+echo 'The line that docs/tarntool.md shows:'
+quoting
 echo 'The wizard:'
 offer_licence
 wizard

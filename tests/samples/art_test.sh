@@ -32,11 +32,12 @@ mkdir -p "$drawn"
 check 'the script draws' "$art/make.sh" "$drawn"
 check 'side.bmp has its size' sizes "$art/side.bmp" '164x314 '
 check 'header.bmp has its size' sizes "$art/header.bmp" '150x57 '
+check 'small.bmp has its size' sizes "$art/small.bmp" '55x58 '
 for icon in setup remove; do
     check "$icon.ico has three sizes" sizes "$art/$icon.ico" '16x16 32x32 48x48 '
     check "$icon.ico is what was drawn" alike "$art/$icon.ico[2]" "$drawn/$icon.ico[2]"
 done
-for picture in side header; do
+for picture in side header small; do
     check "$picture.bmp is what was drawn" alike "$art/$picture.bmp" "$drawn/$picture.bmp"
 done
 ! alike "$art/setup.ico[2]" "$art/remove.ico[2]" > /dev/null

@@ -4,6 +4,7 @@
 #
 #   side.bmp     164 x 314   the first and the last page
 #   header.bmp   150 x 57    the right end of the header of all others
+#   small.bmp     55 x 58    the same for Inno Setup, which has a square there
 #   setup.ico                16, 32 and 48 pixels
 #   remove.ico               the same for the uninstaller, when the sun has set
 set -eu
@@ -68,6 +69,8 @@ scene 164 314 212 46 112 140 22
 bitmap side.bmp 164 314
 scene 150 57 41 22 108 17 9
 bitmap header.bmp 150 57
+scene 55 58 40 17 36 18 9
+bitmap small.bmp 55 58
 scene 48 48 33 14 30 16 8
 icon setup.ico
 night
