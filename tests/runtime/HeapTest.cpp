@@ -1,4 +1,6 @@
 // The allocation functions of a program that has the library in it.
+#include "tests/support/ResourceCount.h"
+
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -27,6 +29,24 @@ TEST(Heap, GivesMemoryForObjectsAndArraysAndTakesItBack)
             ::operator delete(pObject, kSize);
             ::operator delete[](pArray, kSize);
         }
+    }
+}
+
+TEST(Heap, HasItsBlockAgainAfterEachFormOfDelete)
+{
+    constexpr int kBlocks = 50;
+    void (*const forms[])() = {
+        [] { ::operator delete(::operator new(kSize)); },
+        [] { ::operator delete(::operator new(kSize), kSize); },
+        [] { ::operator delete[](::operator new[](kSize)); },
+        [] { ::operator delete[](::operator new[](kSize), kSize); },
+    };
+    for (const auto form : forms)
+    {
+        const std::size_t nBefore = ResourceCount::Now().nHeapBlocks;
+        for (int i = 0; i < kBlocks; ++i)
+            form();
+        EXPECT_LT(ResourceCount::Now().nHeapBlocks, nBefore + kBlocks);
     }
 }
 

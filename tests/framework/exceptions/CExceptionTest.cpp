@@ -8,9 +8,12 @@
 #include <cstring>
 #include <new>
 #include <string>
+#include <type_traits>
 
 namespace
 {
+static_assert(!std::is_copy_constructible_v<CException>, "it is thrown by pointer");
+
 bool g_bDeleted = false;
 
 class CountedException : public CException
@@ -26,6 +29,13 @@ std::string MessageOf(const CException& exception)
     exception.GetErrorMessage(szMessage, sizeof(szMessage));
     return szMessage;
 }
+
+class CountedSimpleException : public CSimpleException
+{
+public:
+    CountedSimpleException() : CSimpleException("There is a reason.") {}
+    ~CountedSimpleException() override { g_bDeleted = true; }
+};
 
 TEST(CException, IsFreedByDeleteWhenItIsOnTheHeap)
 {
@@ -66,10 +76,20 @@ TEST(CException, WithoutAMessageSaysSo)
     EXPECT_EQ(nHelp, 0U);
 }
 
-TEST(CException, CutsItsMessageToFit)
+TEST(CException, OfAFixedMessageStaysWhereItIs)
 {
-    const CFileException exception(CFileException::fileNotFound, 2, "C:\\folder\\file.txt");
+    CountedSimpleException exception;
+    g_bDeleted = false;
+    exception.Delete();
+    EXPECT_FALSE(g_bDeleted);
+    EXPECT_EQ(MessageOf(exception), "There is a reason.");
+}
+
+// Into buffers of each size that matters, of which nothing behind the end is touched.
+void ExpectCutsItsMessageToFit(const CException& exception)
+{
     const std::string whole = MessageOf(exception);
+    ASSERT_FALSE(whole.empty());
     for (std::size_t nSize = 1; nSize <= whole.size() + 2; ++nSize)
     {
         SCOPED_TRACE(nSize);
@@ -79,9 +99,16 @@ TEST(CException, CutsItsMessageToFit)
         EXPECT_EQ(buffer.find_first_not_of('#', nSize), std::string::npos);
     }
     char chUntouched = '#';
-    exception.GetErrorMessage(&chUntouched, 0);
+    EXPECT_FALSE(exception.GetErrorMessage(&chUntouched, 0));
     EXPECT_EQ(chUntouched, '#');
     EXPECT_FALSE(exception.GetErrorMessage(nullptr, 10));
+}
+
+TEST(CException, CutsItsMessageToFit)
+{
+    ExpectCutsItsMessageToFit(
+        CFileException(CFileException::fileNotFound, 2, "C:\\folder\\file.txt"));
+    ExpectCutsItsMessageToFit(CMemoryException());
 }
 
 TEST(CException, OfEachKindHasAMessage)

@@ -18,6 +18,10 @@ class HostApp : public CWinApp
 };
 HostApp g_app;
 
+static_assert(!std::is_copy_constructible_v<AFX_MODULE_STATE>, "two would release one context");
+static_assert(!std::is_copy_constructible_v<AFX_MAINTAIN_STATE2>, "two would end one call");
+static_assert(!std::is_copy_constructible_v<TrackedState>, "two would end one call");
+
 std::string ModuleName()
 {
     char szPath[MAX_PATH];

@@ -148,3 +148,25 @@ TEST(CStringReplace, MakesNoTextOfINT_MAXBytesOrMore)
     EXPECT_TRUE(ThrowsMemoryException([&] { str.Replace("a", part.c_str()); }));
     EXPECT_STREQ(str, old.c_str());
 }
+
+// 65,535 pieces of 32,768 bytes, and 32,767 bytes that stay.
+TEST(CStringReplace, AsksForNoMemoryForATextOfINT_MAXBytes)
+{
+    const ImportPatch patch(::GetModuleHandleA(nullptr), "HeapAlloc",
+                            reinterpret_cast<void*>(&AllocUpTo1GB));
+    ASSERT_TRUE(patch.IsActive());
+    const std::string part(1 << 15, 'b');
+    std::string old = std::string((1 << 16) - 1, 'a') + std::string((1 << 15) - 1, 'x');
+    CString str(old.c_str());
+    g_cbAsked = 0;
+    EXPECT_TRUE(ThrowsMemoryException([&] { str.Replace("a", part.c_str()); }));
+    EXPECT_EQ(g_cbAsked, 0U);
+    EXPECT_STREQ(str, old.c_str());
+
+    old.pop_back();
+    str = old.c_str();
+    EXPECT_TRUE(ThrowsMemoryException([&] { str.Replace("a", part.c_str()); }));
+    EXPECT_EQ(g_cbAsked, sizeof(CStringData) + INT_MAX)
+        << "one byte less: memory is all that it lacks";
+    EXPECT_STREQ(str, old.c_str());
+}

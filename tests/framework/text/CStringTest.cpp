@@ -227,6 +227,7 @@ TEST(CString, CutsPiecesThatLieInside)
     const CString str("0123456789");
     EXPECT_STREQ(str.Mid(3), "3456789");
     EXPECT_STREQ(str.Mid(3, 2), "34");
+    EXPECT_STREQ(str.Mid(3, 1), "3");
     EXPECT_STREQ(str.Mid(0), "0123456789");
     EXPECT_STREQ(str.Mid(9), "9");
     EXPECT_STREQ(str.Left(4), "0123");
@@ -380,7 +381,7 @@ TEST(CString, LendsABufferToWriteInto)
     std::memset(pszBuffer, 'x', 100);
     str.ReleaseBuffer(100);
     EXPECT_EQ(Bytes(str), std::string(100, 'x'));
-    pszBuffer = str.GetBuffer(0);
+    EXPECT_EQ(str.GetBuffer(0), pszBuffer) << "there is room, and nobody shares it";
     pszBuffer[5] = '\0';
     str.ReleaseBuffer();
     EXPECT_STREQ(str, "xxxxx");
@@ -400,7 +401,7 @@ TEST(CString, NeverWritesIntoWhatEmptyStringsShare)
     EXPECT_STREQ(str, "abc");
     EXPECT_STREQ(CString(), "");
     CString strOther;
-    strOther.GetBuffer(0);
+    EXPECT_NE(strOther.GetBuffer(0), CString().GetString());
     strOther.ReleaseBuffer();
     EXPECT_STREQ(strOther, "");
     strOther += 'x';
@@ -562,6 +563,40 @@ TEST(CFixedString, KeepsOrdinaryTextInItself)
     EXPECT_TRUE(IsInside(str));
     EXPECT_TRUE(IsInside(FixedString()));
     EXPECT_TRUE(IsInside(FixedString(nullptr)));
+}
+
+TEST(CFixedString, IsEmptyAtFirst)
+{
+    const FixedString str;
+    EXPECT_EQ(str.GetLength(), 0);
+    EXPECT_STREQ(str, "");
+}
+
+// What stands behind the characters in the object is the pointer to them: there is room for all of the text
+// and its end, whatever gap the alignment leaves.
+template <int t_nChars>
+void ExpectRoomFor()
+{
+    const std::string text(t_nChars, 'x');
+    CFixedStringT<CString, t_nChars> str;
+    const LPCSTR pszInside = str;
+    str = text.c_str();
+    ASSERT_EQ(str.GetString(), pszInside) << t_nChars;
+    EXPECT_EQ(Bytes(str), text);
+    EXPECT_EQ(pszInside[t_nChars], '\0');
+    EXPECT_LT(pszInside + t_nChars, reinterpret_cast<LPCSTR>(static_cast<CString*>(&str)));
+}
+
+TEST(CFixedString, HasRoomForTheEndOfATextOfEachLength)
+{
+    ExpectRoomFor<1>();
+    ExpectRoomFor<2>();
+    ExpectRoomFor<3>();
+    ExpectRoomFor<4>();
+    ExpectRoomFor<5>();
+    ExpectRoomFor<6>();
+    ExpectRoomFor<7>();
+    ExpectRoomFor<8>();
 }
 
 TEST(CFixedString, GivesLongerTextToTheHeap)
