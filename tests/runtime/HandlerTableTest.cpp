@@ -145,6 +145,18 @@ TEST(HandlerTable, FollowsActionsBackwards)
     EXPECT_EQ(table.At(0, other).nSelector, 2U);
 }
 
+TEST(HandlerTable, ReadsNumbersOfTwoBytes)
+{
+    Thrown other(typeid(int*));
+    // Five bytes on, to the last action; and five back, to the first.
+    Table onwards({0, 10, 40, 1}, {1, 0x85, 0x00, 0, 0, 0, 2, 0}, {&typeid(Base*), nullptr});
+    EXPECT_EQ(onwards.At(0, other).kind, Kind::Catch);
+    EXPECT_EQ(onwards.At(0, other).nSelector, 2U);
+    Table back({0, 10, 40, 5}, {2, 0, 0, 0, 1, 0xfb, 0x7f}, {&typeid(Base*), nullptr});
+    EXPECT_EQ(back.At(0, other).kind, Kind::Catch);
+    EXPECT_EQ(back.At(0, other).nSelector, 2U);
+}
+
 TEST(HandlerTable, CatchesAnotherLanguagesExceptionByAnythingOnly)
 {
     Thrown foreign(typeid(Base*));

@@ -1,4 +1,5 @@
 // The allocation functions of a program that has the library in it.
+#include "runtime/Heap.h"
 #include "tests/support/ResourceCount.h"
 
 #include <gtest/gtest.h>
@@ -48,6 +49,29 @@ TEST(Heap, HasItsBlockAgainAfterEachFormOfDelete)
             form();
         EXPECT_LT(ResourceCount::Now().nHeapBlocks, nBefore + kBlocks);
     }
+}
+
+DWORD WINAPI UseHeap(LPVOID /*pNothing*/)
+{
+    ::operator delete(::operator new(kSize));
+    return 0;
+}
+
+// Nothing here may ask for memory while the lock is held.
+TEST(HeapGuard, KeepsOtherThreadsFromTheHeap)
+{
+    constexpr DWORD kLongEnough = 50; // for a thread that nobody keeps
+    constexpr DWORD kLimit = 60000;
+    HANDLE hThread = nullptr;
+    DWORD nWaited = 0;
+    {
+        const HeapGuard guard;
+        hThread = ::CreateThread(nullptr, 0, &UseHeap, nullptr, 0, nullptr);
+        nWaited = ::WaitForSingleObject(hThread, kLongEnough);
+    }
+    EXPECT_EQ(nWaited, DWORD{WAIT_TIMEOUT});
+    EXPECT_EQ(::WaitForSingleObject(hThread, kLimit), WAIT_OBJECT_0);
+    ::CloseHandle(hThread);
 }
 
 TEST(Heap, TakesNothingBackWithoutHarm)

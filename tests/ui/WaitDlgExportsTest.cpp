@@ -476,6 +476,7 @@ TEST(WaitWindowAtUnload, IsLeftBehindInert)
     }
     ASSERT_EQ(::GetModuleHandleA("tarn.dll"), nullptr);
     EXPECT_TRUE(::IsWindowVisible(hWnd));
+    EXPECT_EQ(::GetWindowLongPtrA(hWnd, GWLP_USERDATA), 0) << "it leads nowhere";
     for (int i = 0; i < 2 * kWatchdogTicks; ++i)
         ::SendMessageA(hWnd, WM_TIMER, 333, 0);
     ::SendMessageA(hWnd, WM_COMMAND, IDOK, 0);

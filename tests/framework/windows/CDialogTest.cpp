@@ -48,6 +48,15 @@ private:
         m_pfnThrow();
     }
 };
+
+int g_nExceptions = 0; // that are not freed
+
+class CountedException : public CException
+{
+public:
+    CountedException() { ++g_nExceptions; }
+    ~CountedException() override { --g_nExceptions; }
+};
 } // namespace
 
 TEST(CDialog, EndsWithTheCommandThatItWasGiven)
@@ -88,13 +97,15 @@ TEST(CDialog, IsOwnedByItsParent)
 
 TEST(CDialog, LetsNoExceptionOutToTheSystem)
 {
-    for (void (*const pfnThrow)() : {+[] { AfxThrowInvalidArgException(); }, +[] { throw 1; }})
+    for (void (*const pfnThrow)() : {+[] { AfxThrowInvalidArgException(); },
+                                     +[] { throw new CountedException; }, +[] { throw 1; }})
     {
         TestDialog dlg;
         dlg.m_pfnThrow = pfnThrow;
         ASSERT_TRUE(dlg.Create(IDD_WAITDLG));
         EXPECT_EQ(::SendMessageA(dlg.GetSafeHwnd(), WM_COMMAND, IDOK, 0), 0);
         EXPECT_EQ(dlg.m_nThrown, 2);
+        EXPECT_EQ(g_nExceptions, 0);
         EXPECT_TRUE(::IsWindow(dlg.GetSafeHwnd()));
         dlg.DestroyWindow();
     }
