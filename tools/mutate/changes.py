@@ -125,6 +125,10 @@ class Mutant:
     def key(self):
         return self.file, self.before, self.after
 
+    def identity(self):
+        """Of two changes of the same look, too."""
+        return self.file, self.begin, self.end, self.new
+
     def __str__(self):
         return f"{self.file}:{self.line}\n- {self.before}\n+ {self.after}"
 
