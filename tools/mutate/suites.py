@@ -35,13 +35,15 @@ FIRST_TESTS = (
     (r"install/ChrcText", "sanitize", r"(install|fuzz)\.ChrcText"),
     (r"install/ChrcTemplate", "sanitize", r"install\.ChrcTemplate"),
     (r"install/PathHelpers", "sanitize", r"(install|fuzz)\.PathHelpers"),
-    (r"install/Chrc", "release", r"install\.Chrc(File|Export)"),
-    (r"install/FileCopy", "release", r"install\.FileCopy"),
-    (r"install/", "release", r"install\.RunOnce"),
+    (r"install/Chrc", "release", r"install\.Chrc(File|Export)|frame\.ExportGuard"),
+    (r"install/FileCopy", "release", r"install\.FileCopy|frame\.ExportGuard"),
+    (r"install/", "release", r"install\.RunOnce|frame\.ExportGuard"),
     (r"ui/(WaitDlg\.rc|resource\.h)", "release", r"binary\.PortableExecutable|ui\.WaitDlgExports"),
-    (r"ui/FileOpenDialog", "release", r"faults\.OpenDialogFaults|ui\.FileOpenDialog"),
+    (r"ui/FileOpenDialog", "release",
+     r"faults\.OpenDialogFaults|ui\.FileOpenDialog|frame\.ExportGuard|codepages\.Windows(\.cp932)?"),
     (r"ui/WaitDlgModless", "release", r"faults\.JobFaults|ui\.(JobRunner|WaitDlgExports)"),
-    (r"ui/", "release", r"ui\.WaitDlgExports"),
+    (r"ui/", "release",
+     r"ui\.WaitDlgExports|frame\.ExportGuard|faults\.WaitWindowFaults|hosts\.(Reentrance|SectionThreads)"),
     (r"framework/text/(CodePageWin|.*\.h)", "release", r"framework\.text\..*"),
     (r"framework/text/", "sanitize", r"framework\..*|fuzz\.CString"),
     (r"framework/exceptions/", "release", r"framework\.exceptions\..*|frame\.AllocationFailure"),
@@ -59,13 +61,17 @@ FIRST_TESTS = (
     (r"framework/(Dll|Static)Module", "release",
      r"framework\.modules\..*|frame\.(TarnApp|ExportGuard|LoadUnload)|ui\.WaitDlgExports"),
     (r"runtime/(HandlerTable|Unwinder)", "release",
-     r"runtime\.HandlerTable|frame\.ExportGuard|hosts\.StructuredHost|hosts\.SameCompilerHost"),
+     r"runtime\.(HandlerTable|Unwinder)|frame\.ExportGuard|hosts\.StructuredHost|hosts\.SameCompilerHost"),
+    (r"runtime/(DllStart|ExceptionRuntime)", "release",
+     r"frame\.(AllocationFailure|ExportGuard|LoadUnload|TarnApp)|faults\.FrameFaults|hosts\.S.*Host"),
+    (r"runtime/(Heap|SystemLibrary|ThreadBlock)", "release",
+     r"runtime\..*|frame\.(AllocationFailure|LoadUnload)|faults\.(FrameFaults|OpenDialogFaults)"),
     (r"runtime/", "release",
      r"runtime\..*|frame\.(TarnApp|ExportGuard|LoadUnload)|faults\.FrameFaults|hosts\.S.*Host"),
     (r"", "release", r"(frame\.(TarnApp|ExportGuard|LoadUnload)|binary\..*|validate\.VerifyEmail)"),
 )
 # All tests that run the library; the native ones run the same code as their namesakes there.
-ALL_TESTS = r"(binary|faults|frame|framework|hosts|install|runtime|ui|validate)\..*"
+ALL_TESTS = r"(binary|codepages|faults|frame|framework|hosts|install|runtime|ui|validate)\..*"
 NATIVE_ONLY = r".*Native\.(cpp|h)|.*/PlatformTypes\.h"
 
 
