@@ -30,9 +30,10 @@ unset WAYLAND_DISPLAY XAUTHORITY
 unset TMPDIR
 
 # Seconds that server and display outlive their last program. Starting them anew for each test takes
-# longer than the test; without wine_stop they still go by themselves.
+# longer than the test; without wine_stop they still go by themselves. A display that went while a test
+# compiles or waits would be missed by its next program, so it stays for longer than any test may take.
 _wine_server_linger=30
-_wine_display_linger=300
+_wine_display_linger=1000
 
 wine_start() {
     mkdir -p "$TARN_WINE_DIR" || return
