@@ -77,10 +77,13 @@ debian_root_mount() {
 }
 
 debian_root_end() {
+    # Until the last is gone: it might write once more.
     # shellcheck disable=SC2016 # for the other shell
     as_root bash -c '
-        for process in /proc/[0-9]*; do
-            [ "$(readlink "$process/root")" != "$1" ] || kill -KILL "${process#/proc/}"
+        while pids=$(find /proc -maxdepth 2 -path "/proc/[0-9]*/root" -lname "$1" | cut -d / -f 3)
+            [ -n "$pids" ]; do
+            kill -KILL $pids
+            sleep 0.1
         done' bash "$1" 2> /dev/null
 }
 

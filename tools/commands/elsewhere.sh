@@ -16,8 +16,11 @@ mkdir -p "$packages"
 exec 9> "$folder/$suite.lock"
 flock --nonblock 9 || fail "$suite is at work already"
 
+working='' # the process group of what is at work
 clean_up() {
     local one
+    # Killed: what debian_root_alone began ends with it, and heeds nothing else.
+    [ -z "$working" ] || as_root kill -KILL -- "-$working" 2> /dev/null || true
     for one in "$root" "$bare"; do
         debian_root_end "$one"
         debian_root_remove "$one"
@@ -26,10 +29,17 @@ clean_up() {
 trap clean_up EXIT
 trap 'exit 130' INT TERM HUP
 
-# In the background: a signal is not kept waiting until the command ends.
+# In the background: a signal is not kept waiting until the command ends. In a group of its own, to be
+# ended as a whole.
 attended() {
+    local rc=0
+    set -m
     "$@" 9>&- &
-    wait $!
+    working=$!
+    set +m
+    wait "$working" || rc=$?
+    working=''
+    return $rc
 }
 
 minutes() { printf '%d:%02d' $(($1 / 60)) $(($1 % 60)); }
