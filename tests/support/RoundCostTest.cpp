@@ -243,7 +243,11 @@ TEST_P(RoundCostOf, GivingBackTooMuchIsFound)
 TEST_P(RoundCostOf, WhatIsAllowedIsNoLeakAndOneMoreIs)
 {
     Take(); // what comes with the first of all
-    const RoundCost cost = RoundCost::Of(1, [this] { Take(); });
+    RoundCost cost = RoundCost::Of(1, [this] { Take(); });
+    // The system may come with something of its own, such as a window for input methods, later than that.
+    for (int i = 0; i < 4 && cost.AsAllowance()[GetParam().kind] != GetParam().nEach; ++i)
+        cost = RoundCost::Of(1, [this] { Take(); });
+    ASSERT_EQ(cost.AsAllowance()[GetParam().kind], GetParam().nEach) << cost;
     EXPECT_TRUE(CostsAtMost(cost.AsAllowance(), 1, [this] { Take(); }));
     EXPECT_FALSE(CostsAtMost(cost.AsAllowance(), 1, [this] { Take(2); }));
 }
