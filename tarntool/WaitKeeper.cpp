@@ -156,7 +156,7 @@ UINT KeepWaitWindow(LPCWSTR pszArguments)
     const CString strMessage = ToDisplayText(request.Value(Request::Message));
     DoWaitDlgModless(hWndParent, strTitle, strMessage);
     HWND const hWnd = DialogWatch::GetDialog();
-    if (hWnd == nullptr)
+    if (!::IsWindow(hWnd)) // it may have been there and gone: without a display
         return static_cast<UINT>(ExitCode::SystemFailure);
     HandleMessages();
     ::RedrawWindow(hWnd, nullptr, nullptr, RDW_UPDATENOW | RDW_ALLCHILDREN);

@@ -8,7 +8,7 @@
 ; cannot extract files.
 
 #ifndef TarnTool
-  #define TarnTool SourcePath + "..\..\bin\tarntool.exe"
+  #define TarnTool ExtractFilePath(__PATHFILENAME__) + "\..\..\bin\tarntool.exe"
 #endif
 
 [Files]

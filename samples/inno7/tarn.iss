@@ -7,7 +7,7 @@
 ; has ..\inno\tarntool.iss.
 
 #ifndef TarnDll
-  #define TarnDll SourcePath + "..\..\bin\tarn.dll"
+  #define TarnDll ExtractFilePath(__PATHFILENAME__) + "\..\..\bin\tarn.dll"
 #endif
 
 [Files]

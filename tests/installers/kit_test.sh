@@ -8,13 +8,13 @@ export TARN_WIZARD=kit
 # shellcheck source=samples/lib.sh
 . "$source_dir/samples/lib.sh"
 
-kit="$out/tarn kit (1) [x]"
+kit="$out/deeper/tarn kit (1) [x]" # not where ..\..\bin is the build's
 
 quietly() { "$@" &> "$out/log" || { cat "$out/log"; return 1; }; }
 in_folder() { (cd "$1" && shift && "$@"); }
 
 need_tools wine makensis wixl msibuild go cmake
-rm -rf "$out/tarn kit"*
+rm -rf "$out/deeper"
 mkdir -p "$out"
 quietly cmake --install "$build" --prefix "$kit" || die 'the kit cannot be made'
 start_wine
