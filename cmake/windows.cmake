@@ -48,7 +48,9 @@ add_library(tarn SHARED
 add_library(tarn::tarn ALIAS tarn)
 set_target_properties(tarn PROPERTIES PREFIX "" IMPORT_PREFIX "lib")
 # msvcrt is named here, too: the linker of binutils 2.40 crashes when it first meets abort behind libgcc.
-target_link_libraries(tarn PRIVATE tarn_options msvcrt ${system_libraries})
+# Clang would then leave it out at the end, where its own libraries look for it.
+target_link_libraries(tarn PRIVATE
+  tarn_options $<$<CXX_COMPILER_ID:GNU>:msvcrt> ${system_libraries})
 # Optimised as one program, from which everything goes that no export needs. The linker does not tell
 # the optimiser about the definition file's exports; as undefined symbols they stay.
 file(STRINGS frame/tarn.def exports REGEX "^ ")

@@ -1,3 +1,4 @@
+#include "tests/support/FirstSection.h"
 #include "tests/support/LoadedTarn.h"
 #include "tests/support/TempFolder.h"
 
@@ -25,7 +26,7 @@ public:
     }
     std::vector<IMAGE_SECTION_HEADER> Sections() const
     {
-        const IMAGE_SECTION_HEADER* const pFirst = IMAGE_FIRST_SECTION(&Headers());
+        const IMAGE_SECTION_HEADER* const pFirst = FirstSection(&Headers());
         return std::vector<IMAGE_SECTION_HEADER>(pFirst,
                                                  pFirst + Headers().FileHeader.NumberOfSections);
     }

@@ -1,6 +1,7 @@
 // The wait window of the built DLL, with each call that it makes of the system failing in turn.
 #include "tests/support/CleanFault.h"
 #include "tests/support/FailingCall.h"
+#include "tests/support/FirstSection.h"
 #include "tests/support/LoadedTarn.h"
 #include "tests/support/TempFolder.h"
 #include "tests/support/WindowDriver.h"
@@ -164,7 +165,7 @@ TEST_F(WaitWindowFault, OfAMissingTemplateShowsNothing)
     std::string bytes = ReadBytes(LoadedTarn::Path());
     const auto* const pHeaders = reinterpret_cast<const IMAGE_NT_HEADERS*>(
         bytes.data() + reinterpret_cast<const IMAGE_DOS_HEADER*>(bytes.data())->e_lfanew);
-    const IMAGE_SECTION_HEADER* pSection = IMAGE_FIRST_SECTION(pHeaders);
+    const IMAGE_SECTION_HEADER* pSection = FirstSection(pHeaders);
     while (std::strncmp(reinterpret_cast<const char*>(pSection->Name), ".rsrc", 8) != 0)
         ++pSection;
     // The entry of the directory: the number, and an offset with the highest bit set.
