@@ -9,7 +9,8 @@ fail() {
     failures=$((failures + 1))
 }
 
-imports=$(perl "$1/tests/support/portable_executable.pl" imports "$2" | sort -u)
+# But for what Clang calls where GCC writes the copying out, and nobody can let fail.
+imports=$(perl "$1/tests/support/portable_executable.pl" imports "$2" | grep -vxE 'memcpy|memset' | sort -u)
 [ "$(grep -c . <<< "$imports")" -gt 50 ] || fail "cannot read the imports of $2"
 
 # In the first column of a table, or in a list; what is loaded at run time is found in the sources.

@@ -4,6 +4,7 @@
 
 #include <random>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace email_model
@@ -24,10 +25,11 @@ inline const std::string kLongLabel =
 inline const std::string kDot = "Character  \".\" is in Invalid location.";
 inline const std::string kNoDot = "Invalid Domain name.";
 
-inline const std::string kWhiteSpace = " \t\n\v\f\r";
-inline const std::string kLabelBytes =
-    "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_-";
-inline const std::string kLocalBytes = kLabelBytes + ".";
+// Made by the compiler: Clang's programs for Windows construct the last of several inline variables first.
+inline constexpr std::string_view kWhiteSpace = " \t\n\v\f\r";
+inline constexpr std::string_view kLocalBytes =
+    "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_-.";
+inline constexpr std::string_view kLabelBytes = kLocalBytes.substr(0, kLocalBytes.size() - 1);
 
 inline Outcome Expect(const std::string& text)
 {
@@ -108,7 +110,7 @@ private:
             text += static_cast<char>(1 + Below(255));
         return text;
     }
-    std::string From(const std::string& bytes, std::size_t nLength)
+    std::string From(std::string_view bytes, std::size_t nLength)
     {
         std::string text;
         while (text.size() < nLength)
