@@ -106,6 +106,14 @@ HWND WINAPI CreateNoDialog(HINSTANCE /*hInstance*/, LPCSTR /*lpTemplate*/, HWND 
     return nullptr;
 }
 
+BOOL WINAPI DestroyAsTold(HWND hWnd)
+{
+    Note();
+    static const auto s_pfnDestroy = reinterpret_cast<BOOL(WINAPI*)(HWND)>(
+        reinterpret_cast<void*>(::GetProcAddress(::GetModuleHandleA("user32"), "DestroyWindow")));
+    return s_pfnDestroy(hWnd);
+}
+
 int Verify(const Library& library, const std::string& text)
 {
     char szAddress[2048];
@@ -228,6 +236,12 @@ std::vector<Situation> AllSituations(const Files& files)
              return library.DoWaitDlgModless(::GetDesktopWindow(), "title", "message");
          },
          Left::ByReturning, 0},
+        {"the wait window is closed",
+         [](const Library& library) {
+             library.DoWaitDlgModless(nullptr, "title", "message");
+             return library.CloseWaitDlg();
+         },
+         Left::ByReturning, 0, "DestroyWindow", Address(&DestroyAsTold)},
         {"the wait window cannot be made",
          [](const Library& library) {
              return library.DoWaitDlgModless(nullptr, "title", "message");
