@@ -1,4 +1,4 @@
 # shellcheck shell=bash
-# mutate [FOLDER|FILE]... [--max COUNT]
+# mutate [FOLDER|FILE]... [--max COUNT] [--first]
 #                breaks the library in small ways, one at a time: does a test fail?
 python3 -B tools/mutate "$@"

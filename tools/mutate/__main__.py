@@ -88,11 +88,11 @@ class Outcomes:
                 file.write(json.dumps(entry, ensure_ascii=False) + "\n")
 
     def in_order(self, tests, file):
-        """The likely ones first: those that caught others there, that of the same name, the quick ones."""
+        """The likely ones first: those that caught others there, those of its name, the quick ones."""
         name = re.split(r"[/.]", file)[-2]
         with self.lock:
             catches = self.catches[file].copy()
-        return sorted(tests, key=lambda test: (test.slow, -catches[test.name], name not in test.name.split("."),
+        return sorted(tests, key=lambda test: (test.slow, -catches[test.name], f".{name}" not in test.name,
                                                test.seconds or 5, test.name))
 
 
