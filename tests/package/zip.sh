@@ -64,6 +64,7 @@ check 'it holds exactly these files' same "$(cd "$kit" && find . -type f ! -path
 ./samples/wizard/art/remove.ico
 ./samples/wizard/art/setup.ico
 ./samples/wizard/art/side.bmp
+./samples/wizard/art/small.bmp
 ./samples/wizard/wizard.nsi
 ./sbom.cdx.json
 EOF

@@ -95,7 +95,7 @@ public:
         for (std::size_t i = 0; i < kKinds; ++i)
         {
             const double cost = PerRound(static_cast<Kind>(i));
-            if (cost < 0 || cost > allowed[i])
+            if (allowed[i] != kAnything && (cost < 0 || cost > allowed[i]))
                 return false;
         }
         return true;
