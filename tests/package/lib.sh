@@ -6,7 +6,8 @@ source_dir=$1
 build=$2
 zips=$build/package-test                        # where the test "package.zip" leaves the zip
 kit_name=tarn-$(sed -n 's/^project(tarn VERSION \([0-9.]*\).*/\1/p' "$source_dir/CMakeLists.txt")-win64
-export SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-} # cpack takes an empty one as none
+# cpack takes an empty one as none; Clang 19 does not.
+[ -n "${SOURCE_DATE_EPOCH:-}" ] || unset SOURCE_DATE_EPOCH
 unset CMAKE_C_COMPILER_LAUNCHER CMAKE_CXX_COMPILER_LAUNCHER
 failures=0
 

@@ -6,7 +6,7 @@
 # shellcheck source=tests/package/lib.sh
 . "$(dirname "$0")/lib.sh"
 need_tools cmake cpack ninja unzip
-SOURCE_DATE_EPOCH=1700000000
+export SOURCE_DATE_EPOCH=1700000000
 
 check 'the zip of this build' cpack --config "$build/CPackConfig.cmake" -B "$scratch/first"
 

@@ -78,7 +78,7 @@ check 'cmake --install copies' cmake --install "$build" --prefix "$scratch/insta
 find installed -type d -empty -delete # the zip holds files only
 check 'cmake --install and the zip are the same' diff -r "$kit" "$scratch/installed"
 
-if [ -z "$SOURCE_DATE_EPOCH" ] && commit_date=$(TZ=UTC git -C "$source_dir" log -1 --format=%cd \
+if [ -z "${SOURCE_DATE_EPOCH:-}" ] && commit_date=$(TZ=UTC git -C "$source_dir" log -1 --format=%cd \
     --date=format-local:%Y%m%d.%H%M 2> /dev/null); then
     check 'every file has the date of the commit' same \
         "$(zipinfo -T "$zips/$kit_name.zip" | awk '/^-/ { print substr($7, 1, 13) }' | sort -u)" \
