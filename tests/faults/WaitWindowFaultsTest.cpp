@@ -348,6 +348,8 @@ TEST_F(WaitWindowFault, OfDestroyWindowLeavesTheWindowToItsWatchdog)
         EXPECT_EQ(FailingCall::Calls(), 1);
     }
     EXPECT_TRUE(::IsWindowVisible(hWnd));
+    // Its next tick may put it over the one that is opened now, which is found by its title.
+    ::SetWindowTextA(hWnd, "Left behind");
     ExpectToWork();
     for (int i = 0; i < 100; ++i)
         ::SendMessageA(hWnd, WM_TIMER, 333, 0);
