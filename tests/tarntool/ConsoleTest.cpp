@@ -77,14 +77,6 @@ Result RunOnConsole(const std::wstring& arguments, DWORD nFlags)
     start.nFlags = nFlags;
     return RunTool(arguments, start);
 }
-
-std::wstring Program()
-{
-    wchar_t szPath[MAX_PATH] = L"";
-    ::GetModuleFileNameW(nullptr, szPath, MAX_PATH);
-    const std::wstring path(szPath);
-    return path.substr(0, path.rfind(L'\\') + 1) + L"tool-program.exe";
-}
 } // namespace
 
 TEST(ToolConsole, ShowsOutputAndErrorsInLettersOfAnyScript)

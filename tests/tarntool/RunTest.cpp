@@ -15,15 +15,6 @@ using window_driver::WaitFor;
 
 namespace
 {
-// The program that is run; see Program.c.
-std::wstring Program()
-{
-    wchar_t szPath[MAX_PATH] = L"";
-    ::GetModuleFileNameW(nullptr, szPath, MAX_PATH);
-    std::wstring path(szPath);
-    return path.substr(0, path.rfind(L'\\') + 1) + L"tool-program.exe";
-}
-
 class ToolRun : public testing::Test
 {
 protected:

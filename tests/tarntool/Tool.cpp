@@ -150,6 +150,14 @@ Result RunTool(const std::wstring& arguments, const Start& start)
     return Process(arguments, start).Finish();
 }
 
+std::wstring Program()
+{
+    wchar_t szPath[MAX_PATH] = L"";
+    ::GetModuleFileNameW(nullptr, szPath, MAX_PATH);
+    const std::wstring path(szPath);
+    return path.substr(0, path.rfind(L'\\') + 1) + L"tool-program.exe";
+}
+
 std::wstring Quoted(const std::wstring& text)
 {
     return L"\"" + text + L"\"";

@@ -53,6 +53,9 @@ private:
 
 Result RunTool(const std::wstring& arguments, const Start& start = Start());
 
+// The program that "run" is given; see Program.c.
+std::wstring Program();
+
 // The command line's form of a path, for a folder with blanks.
 std::wstring Quoted(const std::wstring& text);
 std::wstring Wide(const std::string& ansi);

@@ -15,14 +15,6 @@ namespace
 // Late is the machine's business, early would be ours.
 constexpr ULONGLONG kMinute = 100 * 600 - 500;
 constexpr DWORD kLimit = 300000;
-
-std::wstring Program()
-{
-    wchar_t szPath[MAX_PATH] = L"";
-    ::GetModuleFileNameW(nullptr, szPath, MAX_PATH);
-    const std::wstring path(szPath);
-    return path.substr(0, path.rfind(L'\\') + 1) + L"tool-program.exe";
-}
 } // namespace
 
 TEST(ToolWatchdog, EndsTheWaitWindowAndTheProgramOfRunAfterAMinute)
