@@ -7,9 +7,6 @@ extern "C" int Write_ch_config_File(const char* installationFolder)
 {
     TARN_EXPORT_GUARD();
     CString strFolder(installationFolder);
-    // One separator and no more: a second one is passed on to the system.
-    if (!strFolder.IsEmpty() && IsSeparator(strFolder.GetAt(strFolder.GetLength() - 1)))
-        strFolder = strFolder.Left(strFolder.GetLength() - 1);
-    const CString strPath = strFolder + "\\embedch\\config\\chrc";
-    return WriteChrcFile(strPath, strFolder, TRUE) != 0 ? 1 : 0;
+    RemoveTrailingSeparator(strFolder); // a second one is passed on to the system
+    return WriteChrcFile(ChrcPath(strFolder), strFolder, TRUE) != 0 ? 1 : 0;
 }

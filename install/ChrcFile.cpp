@@ -2,6 +2,11 @@
 
 #include "install/ChrcText.h"
 
+CString ChrcPath(const CString& strFolder)
+{
+    return strFolder + "\\embedch\\config\\chrc";
+}
+
 int WriteChrcFile(LPCTSTR pszPath, LPCTSTR pszFolder, BOOL bReportErrors)
 {
     return WriteChrcText(pszPath, MakeChrcText(pszFolder), bReportErrors);

@@ -9,6 +9,12 @@ CString AddTrailingSeparator(CString strPath)
     return strPath;
 }
 
+void RemoveTrailingSeparator(CString& strPath)
+{
+    if (!strPath.IsEmpty() && IsSeparator(strPath.GetAt(strPath.GetLength() - 1)))
+        strPath = strPath.Left(strPath.GetLength() - 1);
+}
+
 // NOLINTNEXTLINE(performance-unnecessary-value-param): by value is part of the interface
 CString FileNamePart(CString strPath)
 {

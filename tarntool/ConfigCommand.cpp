@@ -24,9 +24,8 @@ CString MessageOf(CException* pException)
 CString WriteFor(const CString& strFolder, bool bReportErrors)
 {
     CString strTrimmed = strFolder;
-    if (!strFolder.IsEmpty() && IsSeparator(strFolder.GetAt(strFolder.GetLength() - 1)))
-        strTrimmed = strFolder.Left(strFolder.GetLength() - 1);
-    const CString strPath = strTrimmed + "\\embedch\\config\\chrc";
+    RemoveTrailingSeparator(strTrimmed);
+    const CString strPath = ChrcPath(strTrimmed);
     CString strText;
     if (!ToSystemCodePage(MakeChrcText(strTrimmed), &strText))
         return "the interpreter reads it in the system's code page, " +

@@ -16,6 +16,13 @@ std::string Separated(const std::string& path)
     return AddTrailingSeparator(CString(path.data(), static_cast<int>(path.size()))).GetString();
 }
 
+std::string Unseparated(const std::string& path)
+{
+    CString strPath(path.data(), static_cast<int>(path.size()));
+    RemoveTrailingSeparator(strPath);
+    return strPath.GetString();
+}
+
 std::string NamePart(const std::string& path)
 {
     return FileNamePart(CString(path.data(), static_cast<int>(path.size()))).GetString();
@@ -106,6 +113,33 @@ TEST(AddTrailingSeparator, TakesPathsOfAnyLength)
     const std::string path(100000, 'x');
     EXPECT_EQ(Separated(path), path + "\\");
     EXPECT_EQ(Separated(path + "/"), path + "/");
+}
+
+TEST(RemoveTrailingSeparator, TakesOneSeparatorAndNoMore)
+{
+    static constexpr Case kCases[] = {
+        {"", ""},
+        {"C:\\dir", "C:\\dir"},
+        {"C:\\dir\\", "C:\\dir"},
+        {"C:\\dir/", "C:\\dir"},
+        {"C:\\dir\\\\", "C:\\dir\\"},
+        {"C:\\dir/\\", "C:\\dir/"},
+        {"C:\\dir ", "C:\\dir "},
+        {"\\", ""},
+        {"/", ""},
+        {"a", "a"},
+    };
+    for (const Case& c : kCases)
+        EXPECT_EQ(Unseparated(c.pszPath), c.pszExpected) << c.pszPath;
+}
+
+TEST(RemoveTrailingSeparator, LeavesOtherStringsAlone)
+{
+    CString strPath("C:\\dir\\");
+    const CString strSame(strPath);
+    RemoveTrailingSeparator(strPath);
+    EXPECT_STREQ(strPath, "C:\\dir");
+    EXPECT_STREQ(strSame, "C:\\dir\\");
 }
 
 TEST(FileNamePart, IsEmptyForTheEmptyPath)
