@@ -3,7 +3,8 @@
 // system deletes no file that a program is running from.
 //
 // The copy goes when the last handle to it is closed. A process that inherits the handle takes it along,
-// and leaves nothing behind, however it ends.
+// and leaves nothing behind, however it ends. Only one that is killed between making the file and asking for
+// its deletion, which no call of the system does in one, leaves it, empty, for DeleteOld.
 #pragma once
 
 #include "tarntool/ScopedHandle.h"

@@ -200,7 +200,9 @@ bool IsOneSentence(const std::string& err)
            err[err.size() - 4] != '.';
 }
 
-int CountCopies()
+namespace
+{
+int CountCopiesIf(const std::function<bool(const WIN32_FIND_DATAW&)>& wanted)
 {
     wchar_t szFolder[MAX_PATH] = L"";
     ::GetTempPathW(MAX_PATH, szFolder);
@@ -210,10 +212,26 @@ int CountCopies()
     if (hFind == INVALID_HANDLE_VALUE)
         return n;
     do
-        ++n;
+        n += wanted(found) ? 1 : 0;
     while (::FindNextFileW(hFind, &found));
     ::FindClose(hFind);
     return n;
+}
+} // namespace
+
+int CountCopies()
+{
+    return CountCopiesIf([](const WIN32_FIND_DATAW&) { return true; });
+}
+
+void DeleteEmptyCopies()
+{
+    wchar_t szFolder[MAX_PATH] = L"";
+    ::GetTempPathW(MAX_PATH, szFolder);
+    CountCopiesIf([&](const WIN32_FIND_DATAW& found) {
+        return found.nFileSizeHigh == 0 && found.nFileSizeLow == 0 &&
+               ::DeleteFileW((std::wstring(szFolder) + found.cFileName).c_str());
+    });
 }
 
 namespace
