@@ -58,24 +58,17 @@ as_root() {
 }
 
 need_packages() {
-    local word missing=()
+    local word have missing=()
+    # One question for all: dpkg-query reads the list of everything anew each time.
+    have=$(dpkg-query -W -f '${db:Status-Status} ${Package}\n' | sed -n 's/^installed //p')
     for word; do
-        installed "$word" || missing+=("$word")
+        grep -qxF -- "${word//|/$'\n'}" <<< "$have" || missing+=("$word")
     done
     [ ${#missing[@]} -gt 0 ] || return 0
     say "Installing ${missing[*]}"
     # Mirrors fail now and then.
     install_packages "${missing[@]}" || { sleep 5; install_packages "${missing[@]}"; } ||
         fail "cannot install: ${missing[*]}"
-}
-
-# installed PACKAGE|OTHER...
-installed() {
-    local package
-    for package in ${1//|/ }; do
-        [ "$(dpkg-query -W -f '${db:Status-Status}' "$package" 2> /dev/null)" != installed ] || return 0
-    done
-    return 1
 }
 
 # known PACKAGE|OTHER... - the first that can be installed here; the first, when none can.
@@ -122,9 +115,10 @@ On Debian this comes from the packages: $*"
 }
 
 need_locales() {
-    local name
+    local name have
+    have=$(locale -a 2> /dev/null) || true
     for name; do
-        locale -a 2> /dev/null | grep -qixF "${name/UTF-8/utf8}" && continue
+        grep -qixF "${name/UTF-8/utf8}" <<< "$have" && continue
         say "Making the locale $name"
         as_root localedef -i "${name%.*}" -f "${name#*.}" "$name" || fail "no locale $name"
     done
