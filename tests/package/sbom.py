@@ -91,23 +91,32 @@ def members_of(nm, archive):
     return found
 
 
-def looked_up(function, *words):
-    """What the function gives; kept in the current folder for the next look, since nm takes its time."""
-    kept = "-".join([function.__name__, *words]).replace("/", "_") + ".pickle"
-    if not os.path.exists(kept):
-        with open(kept, "wb") as file:
-            pickle.dump(function(*words), file)
-    with open(kept, "rb") as file:
-        return pickle.load(file)
+def looked_up(build, function, nm, *paths):
+    """What the function gives; kept in the build for the next look, as long as the files are the same, since
+    nm takes its time."""
+    files = [(path, os.stat(path).st_size, os.stat(path).st_mtime_ns) for path in sorted(paths)]
+    name = f"{function.__name__}-{os.path.basename(paths[0])}-{len(paths)}.pickle"
+    kept = os.path.join(build, "package-test", "symbols", name)
+    if os.path.exists(kept):
+        with open(kept, "rb") as file:
+            of, symbols = pickle.load(file)
+        if of == (nm, files):
+            return symbols
+    symbols = function(nm, *paths)
+    os.makedirs(os.path.dirname(kept), exist_ok=True)
+    with open(kept, "wb") as file:
+        pickle.dump(((nm, files), symbols), file)
+    return symbols
 
 
 def objects(sbom, file, debug, nm, gcc_nm, build):
     here = symbols_of(nm, debug)
-    own = symbols_of(gcc_nm, *glob.glob(os.path.join(build, "CMakeFiles", "*.dir", "**", "*.obj"), recursive=True))
+    ours = glob.glob(os.path.join(build, "CMakeFiles", "*.dir", "**", "*.obj"), recursive=True)
+    own = looked_up(build, symbols_of, gcc_nm, *ours)
     libraries = {}
     for component in components(sbom, "library"):
         archive = run("x86_64-w64-mingw32-gcc", f"-print-file-name={component['name']}").strip()
-        libraries[component["name"]] = looked_up(members_of, nm, archive)
+        libraries[component["name"]] = looked_up(build, members_of, nm, archive)
     owners = collections.Counter(symbol for members in libraries.values() for symbols in members.values()
                                  for symbol in symbols)
     for component in components(sbom, "library"):
