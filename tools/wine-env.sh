@@ -5,6 +5,11 @@
 #          TARN_WINE_FONTS, optional: files of the package fonts-wine that the prefix gets
 #          CTEST_RESOURCE_GROUP_0_DESKTOPS, set by ctest for a test that has a desktop to itself: the
 #          prefix is then one of a few beside TARN_WINE_DIR, which it names from now on.
+#          TARN_SHARED_PROCESSOR, optional: when not empty, display, server and the caller with all that it
+#          starts have one processor between them. Programs and Wine's server wait for each other all the
+#          time, and to wake another processor takes longer than what is asked of it.
+#          TARN_ALL_PROCESSORS, optional: when not empty, all but the caller; for threads that are to meet
+#          each other
 #          TARN_LOCALE, optional: decides the ANSI code page (en_US.UTF-8, the default, is 1252;
 #          ja_JP.UTF-8 is 932).
 # After:   Wine's environment is set, and
@@ -38,10 +43,14 @@ _wine_display_linger=1000
 wine_start() {
     mkdir -p "$TARN_WINE_DIR" || return
     # Without the lock's descriptor: what stays running would hold the lock.
-    {
+    (
         flock 9
+        _wine_share_processor
         _wine_display 9>&- && _wine_prefix 9>&-
-    } 9> "$TARN_WINE_DIR/lock"
+    ) 9> "$TARN_WINE_DIR/lock" || return
+    DISPLAY=:$(cat "$TARN_WINE_DIR/display")
+    export DISPLAY
+    [ -n "${TARN_ALL_PROCESSORS:-}" ] || _wine_share_processor
 }
 
 wine_stop() {
@@ -59,6 +68,16 @@ _wine_server() {
         ! command -v "$server" > /dev/null || break
     done
     "$server" "$@"
+}
+
+# Of those that this process may use. Desktops that have a number are spread evenly.
+_wine_share_processor() {
+    local list number=${TARN_WINE_DIR##*-} processors
+    [ -n "${TARN_SHARED_PROCESSOR:-}" ] || return 0
+    [[ $number =~ ^[0-9]+$ ]] || number=$(cksum <<< "$TARN_WINE_DIR" | cut -d' ' -f1)
+    list=$(sed -n 's/^Cpus_allowed_list:[[:space:]]*//p' "/proc/$BASHPID/status")
+    mapfile -t processors < <(for range in ${list//,/ }; do seq "${range%-*}" "${range#*-}"; done)
+    taskset -cp "${processors[number % ${#processors[@]}]}" "$BASHPID" > /dev/null
 }
 
 # The number of a display that is gone may belong to another process by now: ours carries the folder
@@ -81,11 +100,7 @@ _wine_display() {
         disown
     fi
     for ((i = 0; i < 300; i++)); do
-        if [ -s "$TARN_WINE_DIR/display" ]; then
-            DISPLAY=:$(cat "$TARN_WINE_DIR/display")
-            export DISPLAY
-            return 0
-        fi
+        [ ! -s "$TARN_WINE_DIR/display" ] || return 0
         sleep 0.1
     done
     echo "wine-env.sh: no display: $(tail -n 3 "$TARN_WINE_DIR/display.log")" >&2

@@ -67,6 +67,7 @@ as_user() {
         become=(setpriv "--reuid=$nobody" "--regid=$nobody" --clear-groups)
     fi
     "${become[@]}" env -i PATH="$PATH" HOME="$user" USER=nobody TMPDIR="$user/tmp" PLACE="$place" \
+        TARN_SHARED_PROCESSOR="${TARN_SHARED_PROCESSOR:-}" \
         bash "$user/wine.sh" "$@" > "$scratch/out.raw" 2> "$scratch/err"
     local code=$?
     tr -d '\r' < "$scratch/out.raw" > "$scratch/out"

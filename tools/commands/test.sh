@@ -10,7 +10,8 @@ fi
 build native
 build sanitize
 build "$preset"
-start_wine "$preset"
+export TARN_SHARED_PROCESSOR=yes
+TARN_ALL_PROCESSORS=yes start_wine "$preset"
 # All builds' tests in one run, which ends in one summary.
 mkdir -p build/test
 printf 'subdirs("%s")\n' ../native ../sanitize "../$preset" > build/test/CTestTestfile.cmake
