@@ -149,7 +149,7 @@ END
 }
 
 wizard() {
-    wine "$setup" /PAUSE=1500 &> "$out/wizard.log" &
+    wine "$setup" /PAUSE=6000 &> "$out/wizard.log" &
     until_shown "$title"
     activate "$title"
     page 'Welcome to the Lakeside Workbench Setup Wizard'
@@ -198,6 +198,8 @@ wizard() {
 
     wait_window 'Lakeside Workbench is being installed on your computer.' "$title"
     picture 4-wait
+    look
+    check 'the wait window was there for its picture' '' shows 'This takes less than a minute.'
     page 'Completing the Lakeside Workbench Setup Wizard'
     check 'the wait window is closed' '' fails shows 'Please wait'
     picture 5-finish
