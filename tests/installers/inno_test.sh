@@ -197,6 +197,7 @@ wizard() {
     keys Return
 
     wait_window 'Lakeside Workbench is being installed on your computer.' "$title"
+    # Wine paints the wizard over the wait window: it has the windows' order right, and the X server's wrong.
     picture 4-wait
     look
     check 'the wait window was there for its picture' '' shows 'This takes less than a minute.'

@@ -134,6 +134,8 @@ wait_window() {
     # shellcheck disable=SC2086
     check 'the wait window is over the middle of the wizard' "$wait_rectangle in $outer" \
         centred $outer $wait_rectangle
+    check 'and lies above it' '' equal "Please wait" \
+        "$(sed -n "s/^window\t.*\t\(Please wait\|$(quote "$2")\) *\$/\1/p" <<< "$screen" | head -n 1)"
 }
 
 centred() { # left top right bottom of the outer, then of the inner
