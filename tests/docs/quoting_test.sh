@@ -18,6 +18,15 @@ cd "$work" || exit 2
 wine_start || exit 1
 printf 'one' > 'a b.txt'
 
+# Through a file: Wine's own background processes keep the descriptors of the program that happened to start
+# them, and ctest reads its pipe to the end.
+run() {
+    local code=0
+    timeout 60 wine "$@" < /dev/null &> run.log || code=$?
+    cat run.log
+    return $code
+}
+
 # arrived WHAT CODE FOLDER: the exit code is 0, and the file is in the folder on drive C, alone.
 arrived() {
     local folder=$WINEPREFIX/drive_c/$3
@@ -53,18 +62,18 @@ Section
 SectionEnd
 END
 empty_folder 'Quoting (x86)/Target'
-makensis -V2 -WX quoting.nsi && timeout 60 wine quoting.exe
+makensis -V2 -WX quoting.nsi && run quoting.exe
 arrived 'NSIS' $? 'Quoting (x86)/Target'
 
 line=$(quoting_example cmd) || { echo 'the page has no line for cmd'; exit 1; }
 cp "$build/bin/tarntool.exe" .
 printf '@%s\r\n@exit %%ERRORLEVEL%%\r\n' "$line" > quoting.bat
 empty_folder Target
-timeout 60 wine cmd /c quoting.bat
+run cmd /c quoting.bat
 arrived 'cmd' $? Target
 # Not with the same line: Wine's "start" takes it apart by itself, and "C:\Target\" for a quotation mark in a name.
 printf '@start /wait "" tarntool check\r\n@exit %%ERRORLEVEL%%\r\n' > waiting.bat
-timeout 60 wine cmd /c waiting.bat
+run cmd /c waiting.bat
 code=$?
 if [ $code = 100 ]; then
     echo 'ok      cmd waits with start /wait'

@@ -1,10 +1,9 @@
 #!/bin/bash
 # full_disk_test.sh WINE_DIR PROGRAM - copies a file to a disk that has no room for it.
 set -eu -o pipefail
-TARN_WINE_DIR=$1
+wine_dir=$1
 program=$2
-# shellcheck source=tools/wine-env.sh
-. "$(dirname "$0")/../../tools/wine-env.sh"
+wine_run=$(dirname "$0")/../../tools/wine-run.sh
 
 disk=$(mktemp -d)
 cleanup() {
@@ -16,7 +15,6 @@ if ! mount -t tmpfs -o size=1m tmpfs "$disk"; then
     echo 'SKIPPED: this user may not mount a small disk'
     exit 77
 fi
-wine_start
 # A test that was skipped would pass, too.
-TARN_FULL_DISK=Z:${disk//\//\\} wine "$program" --gtest_filter='InstallFault.OfAFullDisk*' |
+TARN_FULL_DISK=Z:${disk//\//\\} bash "$wine_run" "$wine_dir" "$program" --gtest_filter='InstallFault.OfAFullDisk*' |
     tr -d '\r' | { tee /dev/stderr | grep '^\[  PASSED  \] 1 test' > /dev/null; }
