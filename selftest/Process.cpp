@@ -50,6 +50,11 @@ HANDLE OpenForOutput(const std::wstring& path)
                          CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
 }
 
+bool IsSignalled(HANDLE hEvent)
+{
+    return hEvent != nullptr && ::WaitForSingleObject(hEvent, 0) == WAIT_OBJECT_0;
+}
+
 End WaitForEnd(HANDLE hProcess, const std::wstring& outputFile, const Limits& limits,
                const std::function<void(const std::string&)>& progress)
 {
@@ -63,7 +68,8 @@ End WaitForEnd(HANDLE hProcess, const std::wstring& outputFile, const Limits& li
         switch (::WaitForMultipleObjects(nHandles, handles, FALSE, kPollMilliseconds))
         {
         case WAIT_OBJECT_0:
-            return End::ByItself;
+            // The first of the handles is what is told, also when both are signalled.
+            return IsSignalled(limits.hStop) ? End::Stopped : End::ByItself;
         case WAIT_OBJECT_0 + 1:
             return End::Stopped;
         default:

@@ -13,17 +13,36 @@ namespace selftest
 {
 namespace
 {
-int CountProcesses(const std::wstring& name)
+std::vector<DWORD> ProcessesOf(const std::wstring& name)
 {
-    int nProcesses = 0;
+    std::vector<DWORD> processes;
     HANDLE const hSnapshot = ::CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0);
     PROCESSENTRY32W entry = {};
     entry.dwSize = sizeof(entry);
     for (BOOL bMore = ::Process32FirstW(hSnapshot, &entry); bMore;
          bMore = ::Process32NextW(hSnapshot, &entry))
-        nProcesses += name == entry.szExeFile ? 1 : 0;
+    {
+        if (name == entry.szExeFile)
+            processes.push_back(entry.th32ProcessID);
+    }
     ::CloseHandle(hSnapshot);
-    return nProcesses;
+    return processes;
+}
+
+bool IsRunning()
+{
+    return !ProcessesOf(L"troublesome.exe").empty();
+}
+
+void EndTroublesome()
+{
+    for (const DWORD nID : ProcessesOf(L"troublesome.exe"))
+    {
+        HANDLE const hProcess = ::OpenProcess(PROCESS_TERMINATE | SYNCHRONIZE, FALSE, nID);
+        ::TerminateProcess(hProcess, 0);
+        EXPECT_EQ(::WaitForSingleObject(hProcess, 10000), WAIT_OBJECT_0);
+        ::CloseHandle(hProcess);
+    }
 }
 
 class TestProgram : public testing::Test
@@ -107,7 +126,7 @@ TEST_F(TestProgram, ThatEndsBadlyBehindItsTestsIsNoticed)
 TEST_F(TestProgram, LeavesNoProcessBehind)
 {
     EXPECT_EQ(Run("leave"), "");
-    EXPECT_TRUE(window_driver::WaitFor([] { return CountProcesses(L"troublesome.exe") == 0; }));
+    EXPECT_TRUE(window_driver::WaitFor([] { return !IsRunning(); }));
 }
 
 TEST_F(TestProgram, ThatListsNoTestsOrIsMissingIsATrouble)
@@ -129,7 +148,21 @@ TEST_F(TestProgram, IsStoppedWithTheSelfTest)
         RunTests(OwnFolder() + L"\\troublesome.exe", sandbox.Folder(), limits, [](int, int) {});
     ::CloseHandle(limits.hStop);
     EXPECT_NE(stopped.trouble.find("stopped"), std::string::npos);
-    EXPECT_TRUE(window_driver::WaitFor([] { return CountProcesses(L"troublesome.exe") == 0; }));
+    EXPECT_TRUE(window_driver::WaitFor([] { return !IsRunning(); }));
+}
+
+TEST_F(TestProgram, IsStoppedAlsoWhenItEndsInTheSameMoment)
+{
+    limits.hStop = ::CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    ::SetEnvironmentVariableA("TARN_TROUBLE", "hang");
+    const Outcome outcome =
+        RunProcess(L"\"" + OwnFolder() + L"\\troublesome.exe\"", sandbox.Folder() + L"\\output.txt",
+                   limits, [this](const std::string&) {
+                       EndTroublesome();
+                       ::SetEvent(limits.hStop);
+                   });
+    ::CloseHandle(limits.hStop);
+    EXPECT_EQ(outcome.end, End::Stopped);
 }
 
 TEST(SelfTestSandbox, IsGoneAfterwardsWithAllThatIsInIt)
