@@ -2,6 +2,7 @@
 #include "include/tarn.h"
 #include "tests/hosts/ReactingHost.h"
 #include "tests/support/LoadedTarn.h"
+#include "tests/support/UsersSettings.h"
 #include "tests/support/WindowDriver.h"
 
 #include <gtest/gtest.h>
@@ -58,6 +59,12 @@ int ShowOpenDialog(const LoadedTarn& tarn)
 class Boxes : public testing::TestWithParam<Modal>
 {
 protected:
+    void SetUp() override
+    {
+        if (GetParam().pfnShow == &ShowOpenDialog && !MayTouchUsersSettings())
+            GTEST_SKIP() << kDialogTouchesSettings;
+    }
+
     // Shows the modal window; the look at it is on another thread, which then cancels it.
     void Show(const std::function<void(HWND)>& look)
     {
