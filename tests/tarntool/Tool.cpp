@@ -39,6 +39,18 @@ std::string ReadAll(HANDLE hPipe)
     return text;
 }
 
+// Wine's desktop is a process that the first window of all starts, and that keeps the streams of whoever
+// made it: it had better be this process than one whose streams are read to their end.
+void MakeDesktop()
+{
+    static const bool s_bMade = [] {
+        return ::DestroyWindow(::CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, 1, 1, nullptr,
+                                                 nullptr, nullptr, nullptr)) != FALSE;
+    }();
+    if (!s_bMade)
+        throw std::runtime_error("cannot make a window");
+}
+
 struct Search
 {
     std::wstring caption;
@@ -63,21 +75,6 @@ std::wstring Path()
 {
     return Environment(L"TARN_TOOL");
 }
-
-namespace
-{
-// Wine's desktop is a process that the first window of all starts, and that keeps the streams of whoever
-// made it: it had better be this process than one whose streams are read to their end.
-void MakeDesktop()
-{
-    static const bool s_bMade = [] {
-        return ::DestroyWindow(::CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, 1, 1, nullptr,
-                                                 nullptr, nullptr, nullptr)) != FALSE;
-    }();
-    if (!s_bMade)
-        throw std::runtime_error("cannot make a window");
-}
-} // namespace
 
 Process::Process(const std::wstring& arguments, const Start& start)
 {
@@ -202,36 +199,43 @@ bool IsOneSentence(const std::string& err)
 
 namespace
 {
-int CountCopiesIf(const std::function<bool(const WIN32_FIND_DATAW&)>& wanted)
+struct Copy
+{
+    std::wstring path;
+    ULONGLONG cb;
+};
+
+std::vector<Copy> Copies()
 {
     wchar_t szFolder[MAX_PATH] = L"";
     ::GetTempPathW(MAX_PATH, szFolder);
+    const std::wstring folder(szFolder);
+    std::vector<Copy> copies;
     WIN32_FIND_DATAW found;
-    HANDLE const hFind = ::FindFirstFileW((std::wstring(szFolder) + L"tarntool-*").c_str(), &found);
-    int n = 0;
+    HANDLE const hFind = ::FindFirstFileW((folder + L"tarntool-*").c_str(), &found);
     if (hFind == INVALID_HANDLE_VALUE)
-        return n;
+        return copies;
     do
-        n += wanted(found) ? 1 : 0;
+        copies.push_back({folder + found.cFileName,
+                          static_cast<ULONGLONG>(found.nFileSizeHigh) << 32 | found.nFileSizeLow});
     while (::FindNextFileW(hFind, &found));
     ::FindClose(hFind);
-    return n;
+    return copies;
 }
 } // namespace
 
 int CountCopies()
 {
-    return CountCopiesIf([](const WIN32_FIND_DATAW&) { return true; });
+    return static_cast<int>(Copies().size());
 }
 
 void DeleteEmptyCopies()
 {
-    wchar_t szFolder[MAX_PATH] = L"";
-    ::GetTempPathW(MAX_PATH, szFolder);
-    CountCopiesIf([&](const WIN32_FIND_DATAW& found) {
-        return found.nFileSizeHigh == 0 && found.nFileSizeLow == 0 &&
-               ::DeleteFileW((std::wstring(szFolder) + found.cFileName).c_str());
-    });
+    for (const Copy& copy : Copies())
+    {
+        if (copy.cb == 0)
+            ::DeleteFileW(copy.path.c_str());
+    }
 }
 
 namespace

@@ -67,6 +67,7 @@ bool IsOneSentence(const std::string& err);
 
 // Copies of the program that wait windows run from, in the folder for temporary files.
 int CountCopies();
+// Those of tools that were killed before they had written any of it.
 void DeleteEmptyCopies();
 // Processes that run a program of this name.
 int CountProcesses(const std::wstring& name);
