@@ -3,7 +3,7 @@
 set -eu -o pipefail
 wine_dir=$1
 program=$2
-wine_run=$(dirname "$0")/../../tools/wine-run.sh
+tools=$(cd "$(dirname "$0")/../../tools" && pwd)
 
 disk=$(mktemp -d)
 cleanup() {
@@ -16,5 +16,6 @@ if ! mount -t tmpfs -o size=1m tmpfs "$disk"; then
     exit 77
 fi
 # A test that was skipped would pass, too.
-TARN_FULL_DISK=Z:${disk//\//\\} bash "$wine_run" "$wine_dir" "$program" --gtest_filter='InstallFault.OfAFullDisk*' |
+TARN_FULL_DISK=Z:${disk//\//\\} \
+    bash "$tools/wine-run.sh" "$wine_dir" "$program" --gtest_filter='InstallFault.OfAFullDisk*' |
     tr -d '\r' | { tee /dev/stderr | grep '^\[  PASSED  \] 1 test' > /dev/null; }
