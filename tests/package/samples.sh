@@ -5,6 +5,8 @@
 need_tools unzip cmake ninja makensis clang pkg-config x86_64-w64-mingw32-gcc x86_64-w64-mingw32-g++
 nsis_plugins=/usr/share/nsis/Plugins
 unpack_kit
+# shellcheck source=tests/support/compiler_cache.sh
+. "$source_dir/tests/support/compiler_cache.sh"
 
 cross=(-G Ninja -DCMAKE_BUILD_TYPE=Release -DCMAKE_SYSTEM_NAME=Windows
     -DCMAKE_C_COMPILER=x86_64-w64-mingw32-gcc -DCMAKE_CXX_COMPILER=x86_64-w64-mingw32-g++)
