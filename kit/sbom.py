@@ -48,20 +48,27 @@ def is_foreign(path):
     return os.path.isabs(path) and ".ltrans" not in path and not path.startswith(os.getcwd() + "/")
 
 
-@functools.lru_cache(maxsize=None)
-def package_of(path):
-    """Name, version and architecture; without a package manager, the file's name and the compiler's."""
-    path = os.path.realpath(path)
+def packages_of(paths):
+    """Name, version and architecture by path; nothing without a package manager. One question for all: each
+    takes as long as the reading of everything that is installed."""
+    real = {path: os.path.realpath(path) for path in paths}
+    if not real:
+        return {}
     try:
-        owner = subprocess.run(["dpkg-query", "-S", path], capture_output=True, text=True, check=False)
+        owners = subprocess.run(["dpkg-query", "-S", *sorted(set(real.values()))], capture_output=True, text=True,
+                                check=False).stdout
     except FileNotFoundError:
-        return None
-    if owner.returncode != 0:
-        sys.exit(f"sbom.py: no package has {path}")
-    name = owner.stdout.split(":")[0]
-    shown = subprocess.run(["dpkg-query", "-W", "-f", "${Version} ${Architecture}", name],
-                           capture_output=True, text=True, check=True)
-    return name, *shown.stdout.split()
+        return {}
+    owner = {path: names.split(",")[0].split(":")[0]
+             for names, path in re.findall(r"^(\S+(?:, \S+)*): (/.*)$", owners, re.M)}
+    for path in paths:
+        if real[path] not in owner:
+            sys.exit(f"sbom.py: no package has {path}")
+    shown = subprocess.run(["dpkg-query", "-W", "-f", "${Package} ${Version} ${Architecture}\n",
+                            *sorted(set(owner.values()))],
+                           capture_output=True, text=True, check=True).stdout
+    package = {name: (name, *rest) for name, *rest in map(str.split, shown.splitlines())}
+    return {path: package[owner[real[path]]] for path in paths}
 
 
 @functools.lru_cache(maxsize=None)
@@ -71,10 +78,10 @@ def distribution():
     return found.get("ID", "debian"), found.get("VERSION_ID", "")
 
 
-def library(path, used):
+def library(path, used, package):
+    """Without a package, the file's name is all that is known."""
     name = os.path.basename(path)
     component = {"type": "library", "bom-ref": name, "name": name}
-    package = package_of(path)
     if package:
         package_name, version, architecture = package
         terms = [terms for pattern, terms in TERMS if re.fullmatch(pattern, package_name)]
@@ -124,7 +131,9 @@ def main():
     files = sorted(os.path.relpath(os.path.join(folder, file), kit)
                    for folder, _, names in os.walk(kit) for file in names if file.endswith(CODE))
     components = [file_component(kit, file, version) for file in files]
-    components += [library(path, libraries[path]) for path in sorted(libraries, key=os.path.basename)]
+    packages = packages_of(libraries)
+    components += [library(path, libraries[path], packages.get(path))
+                   for path in sorted(libraries, key=os.path.basename)]
     date = datetime.datetime.fromtimestamp(int(os.environ["SOURCE_DATE_EPOCH"]), datetime.timezone.utc)
     bom = {
         "$schema": "http://cyclonedx.org/schema/bom-1.6.schema.json",
