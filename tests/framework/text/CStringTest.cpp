@@ -10,6 +10,7 @@
 #include <random>
 #include <string>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 namespace
@@ -528,16 +529,18 @@ TEST_F(CStringCharacters, SearchesAndReplacesAsACharacterByCharacterModelDoes)
         const std::string by = make(3);
         const Searched searched = Search(text, sub, by);
         const Searched single = Search(text, sub.substr(0, 1), "/");
-        SCOPED_TRACE(testing::Message()
-                     << testing::PrintToString(text) << " " << testing::PrintToString(sub));
+        // Put into words only where it is needed: for most it would take longer than the test.
+        const auto of = [&] { return testing::PrintToString(std::make_pair(text, sub)); };
         CString str(text.c_str());
-        ASSERT_EQ(str.Find(sub[0]), single.matches.empty() ? -1 : single.matches[0]);
-        ASSERT_EQ(str.ReverseFind(sub[0]), single.matches.empty() ? -1 : single.matches.back());
-        ASSERT_EQ(str.Replace(sub.c_str(), by.c_str()), static_cast<int>(searched.matches.size()));
-        ASSERT_EQ(Bytes(str), searched.replaced);
+        ASSERT_EQ(str.Find(sub[0]), single.matches.empty() ? -1 : single.matches[0]) << of();
+        ASSERT_EQ(str.ReverseFind(sub[0]), single.matches.empty() ? -1 : single.matches.back())
+            << of();
+        ASSERT_EQ(str.Replace(sub.c_str(), by.c_str()), static_cast<int>(searched.matches.size()))
+            << of();
+        ASSERT_EQ(Bytes(str), searched.replaced) << of();
         str = text.c_str();
-        ASSERT_EQ(str.Replace(sub[0], '/'), static_cast<int>(single.matches.size()));
-        ASSERT_EQ(Bytes(str), single.replaced);
+        ASSERT_EQ(str.Replace(sub[0], '/'), static_cast<int>(single.matches.size())) << of();
+        ASSERT_EQ(Bytes(str), single.replaced) << of();
     }
 }
 
