@@ -4,6 +4,7 @@
 #include "tests/support/FirstSection.h"
 #include "tests/support/LoadedTarn.h"
 #include "tests/support/TempFolder.h"
+#include "tests/support/Watchdog.h"
 #include "tests/support/WindowDriver.h"
 
 #include <gtest/gtest.h>
@@ -21,7 +22,6 @@ namespace
 constexpr char kCaption[] = "Tarn wait window with a fault";
 constexpr char kText[] = "Please wait.";
 constexpr int kMessageControl = 14000;
-constexpr int kWatchdogTicks = 100;
 
 RECT RectOf(HWND hWnd)
 {
@@ -44,12 +44,6 @@ bool IsTopmost(HWND hWnd)
 void PumpOnce()
 {
     PumpUntil([] { return true; });
-}
-
-void Tick(HWND hWnd, int nTicks)
-{
-    for (int i = 0; i < nTicks; ++i)
-        ::SendMessageA(hWnd, WM_TIMER, 333, 0);
 }
 
 class WaitWindowFault : public testing::Test
@@ -229,7 +223,7 @@ TEST_F(WaitWindowFault, OfTheTimersEndDoesNotKeepTheWindowOnTheScreen)
     Tick(hWnd, 1);
     EXPECT_FALSE(::IsWindowVisible(hWnd));
     EXPECT_EQ(FailingCall::Calls(), 1);
-    Tick(hWnd, kWatchdogTicks);
+    Tick(hWnd);
     EXPECT_FALSE(::IsWindowVisible(hWnd));
 }
 
@@ -239,7 +233,7 @@ TEST_F(WaitWindowFault, OfEndDialogLeavesTheWindowUntilItIsClosed)
     ASSERT_NE(hWnd, nullptr);
     {
         const FailingCall failing(tarn.Module(), "EndDialog");
-        Tick(hWnd, kWatchdogTicks);
+        Tick(hWnd);
         EXPECT_EQ(FailingCall::Calls(), 1);
     }
     EXPECT_TRUE(::IsWindowVisible(hWnd));
@@ -295,7 +289,7 @@ TEST_F(WaitWindowFault, OfSetWindowPosLeavesAVisibleWindowThatIsNotTopmost)
     ASSERT_NE(hWnd, nullptr);
     EXPECT_TRUE(::IsWindowVisible(hWnd));
     EXPECT_FALSE(IsTopmost(hWnd));
-    Tick(hWnd, kWatchdogTicks);
+    Tick(hWnd);
     EXPECT_FALSE(::IsWindowVisible(hWnd)) << "the rest of the initialisation was done";
     tarn.CloseWaitDlg();
     ExpectToWork();
@@ -352,7 +346,7 @@ TEST_F(WaitWindowFault, OfDestroyWindowLeavesTheWindowToItsWatchdog)
     ::SetWindowTextA(hWnd, "Left behind");
     ExpectToWork();
     for (int i = 0; i < 100; ++i)
-        ::SendMessageA(hWnd, WM_TIMER, 333, 0);
+        ::SendMessageA(hWnd, WM_TIMER, kWatchdogTimer, 0);
     EXPECT_FALSE(::IsWindowVisible(hWnd));
     EXPECT_TRUE(::DestroyWindow(hWnd));
     ExpectToWork();
@@ -368,7 +362,7 @@ TEST_F(WaitWindowFault, OfBindingTheObjectLeavesAPlainWindowThatCloseDestroys)
     }
     ASSERT_NE(hWnd, nullptr);
     EXPECT_TRUE(::IsWindowVisible(hWnd));
-    Tick(hWnd, kWatchdogTicks);
+    Tick(hWnd);
     EXPECT_TRUE(::IsWindowVisible(hWnd)) << "no tick reaches the object";
     tarn.CloseWaitDlg();
     EXPECT_FALSE(::IsWindow(hWnd));
@@ -387,7 +381,7 @@ TEST_F(WaitWindowFault, OfFindingTheObjectIsTheSystemsDefaultForThatMessage)
     ASSERT_NE(hWnd, nullptr);
     {
         const FailingCall failing(tarn.Module(), "GetWindowLongPtrA");
-        Tick(hWnd, kWatchdogTicks);
+        Tick(hWnd);
         EXPECT_GE(FailingCall::Calls(), kWatchdogTicks);
         EXPECT_EQ(TextOf(hWnd), kCaption) << "the default procedure answers";
     }
@@ -404,7 +398,7 @@ TEST_F(WaitWindowFault, OfFindingTheObjectIsTheSystemsDefaultForThatMessage)
         EXPECT_EQ(::SendMessageA(hWnd, WM_GETTEXTLENGTH, 0, 0), 0);
         EXPECT_EQ(FailingCall::Calls(), 1);
     }
-    Tick(hWnd, kWatchdogTicks);
+    Tick(hWnd);
     EXPECT_FALSE(::IsWindowVisible(hWnd)) << "it counts from one again";
     tarn.CloseWaitDlg();
     EXPECT_FALSE(::IsWindow(hWnd));
@@ -560,7 +554,7 @@ TEST(WaitWindowCopies, UnderDifferentNamesHaveAWindowEach)
         copies[1]->CloseWaitDlg();
         EXPECT_FALSE(::IsWindow(windows[1]));
         copies[1].reset();
-        Tick(windows[3], kWatchdogTicks);
+        Tick(windows[3]);
         EXPECT_FALSE(::IsWindowVisible(windows[3]));
         for (const int i : {0, 2})
         {

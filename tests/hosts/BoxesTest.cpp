@@ -3,6 +3,7 @@
 #include "tests/hosts/ReactingHost.h"
 #include "tests/support/LoadedTarn.h"
 #include "tests/support/UsersSettings.h"
+#include "tests/support/Watchdog.h"
 #include "tests/support/WindowDriver.h"
 
 #include <gtest/gtest.h>
@@ -17,13 +18,6 @@ namespace
 constexpr char kWaitCaption[] = "Tarn wait window below";
 constexpr char kOpenCaption[] = "Tarn open dialog above";
 constexpr char kBoxCaption[] = "tarn";
-constexpr int kWatchdogTicks = 100;
-
-void Tick(HWND hWnd)
-{
-    for (int i = 0; i < kWatchdogTicks; ++i)
-        ::SendMessageA(hWnd, WM_TIMER, 333, 0);
-}
 
 bool IsAbove(HWND hUpper, HWND hLower)
 {

@@ -1,6 +1,7 @@
 // The job runner in an installer that has a window of its own.
 #include "tests/hosts/ReactingHost.h"
 #include "tests/support/ImportPatch.h"
+#include "tests/support/Watchdog.h"
 #include "tests/support/WindowDriver.h"
 #include "ui/WaitDlgModless.h"
 
@@ -13,14 +14,7 @@ using namespace window_driver;
 namespace
 {
 constexpr char kCaption[] = "Tarn job over an installer";
-constexpr int kWatchdogTicks = 100;
 constexpr LONGLONG kValue = 77;
-
-void Tick(HWND hWnd)
-{
-    for (int i = 0; i < kWatchdogTicks; ++i)
-        ::SendMessageA(hWnd, WM_TIMER, 333, 0);
-}
 
 // In the place of ResumeThread: the worker does not run yet.
 HANDLE g_hSuspended = nullptr;

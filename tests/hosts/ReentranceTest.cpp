@@ -8,6 +8,7 @@
 #include "tests/support/RoundCost.h"
 #include "tests/support/TempFolder.h"
 #include "tests/support/UsersSettings.h"
+#include "tests/support/Watchdog.h"
 #include "tests/support/WindowDriver.h"
 
 #include <gtest/gtest.h>
@@ -20,7 +21,6 @@ using namespace window_driver;
 
 namespace
 {
-constexpr int kWatchdogTicks = 100;
 
 // Cancels every dialog of this process that is no wait window, once, for as long as it lives. A second
 // cancel could reach a dialog that is on its way out, which Wine's Open dialog does not survive.
@@ -149,7 +149,7 @@ public:
         for (HWND const hWnd : WaitWindowsOfThisThread())
         {
             EXPECT_TRUE(::IsWindowVisible(hWnd));
-            ::SendMessageA(hWnd, WM_TIMER, 333, 0);
+            Tick(hWnd, 1);
         }
         Call(kCloseWaitDlg);
         EXPECT_EQ(WaitWindowsOfThisThread().size(), static_cast<std::size_t>(nOpen));
@@ -300,8 +300,8 @@ TEST(ReentranceOfTheWaitWindow, ClosesAWindowThatIsHidingAtItsLastTickOrAtEnter)
             });
             if (nCommand != 0)
                 ::SendMessageA(hWnd, WM_COMMAND, nCommand, 0);
-            for (int i = 0; nCommand == 0 && i < kWatchdogTicks; ++i)
-                ::SendMessageA(hWnd, WM_TIMER, 333, 0);
+            else
+                Tick(hWnd);
             installer.host.Stop();
             installer.Call(kCloseWaitDlg);
             EXPECT_FALSE(::IsWindow(hWnd));

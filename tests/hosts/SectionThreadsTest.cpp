@@ -2,6 +2,7 @@
 // doing at that moment.
 #include "tests/hosts/WaitWindows.h"
 #include "tests/support/LoadedTarn.h"
+#include "tests/support/Watchdog.h"
 #include "tests/support/WindowDriver.h"
 
 #include <gtest/gtest.h>
@@ -14,7 +15,6 @@ using namespace window_driver;
 namespace
 {
 constexpr char kCaption[] = "Tarn window of two threads";
-constexpr int kWatchdogTicks = 100;
 
 void Pump()
 {
@@ -43,23 +43,21 @@ protected:
 // One thread closes in a loop while the other opens, ticks, paints and runs the window's handlers.
 TEST_F(SectionThreads, MayCloseWhileTheOwnersThreadIsInTheWindowsCode)
 {
-    constexpr DWORD kMilliseconds = 5000;
+    constexpr int kRounds = 300;
     volatile LONG bOver = FALSE;
     DriverThread closer([&] {
         while (!bOver)
             tarn.CloseWaitDlg();
     });
-    int nRounds = 0;
     int nLeft = 0;
-    for (const DWORD nStart = ::GetTickCount(); ::GetTickCount() - nStart < kMilliseconds;
-         ++nRounds)
+    for (int i = 0; i < kRounds; ++i)
     {
         tarn.DoWaitDlgModless(first.Handle(), kCaption, "Please wait.");
         const std::vector<HWND> windows = WaitWindowsOfThisThread();
         ASSERT_EQ(windows.size(), 1U) << "another thread cannot destroy it";
         HWND const hWnd = windows.front();
-        for (int i = 0; i < kWatchdogTicks; ++i)
-            ::PostMessageA(hWnd, WM_TIMER, 333, 0);
+        for (int nTick = 0; nTick < kWatchdogTicks; ++nTick)
+            ::PostMessageA(hWnd, WM_TIMER, kWatchdogTimer, 0);
         ::InvalidateRect(hWnd, nullptr, TRUE);
         EXPECT_TRUE(::IsWindowVisible(hWnd));
         Pump();
@@ -71,7 +69,7 @@ TEST_F(SectionThreads, MayCloseWhileTheOwnersThreadIsInTheWindowsCode)
     bOver = TRUE;
     closer.Join();
     EXPECT_GT(nLeft, 0) << "the other thread never closed one first";
-    std::printf("%d rounds, %d of the windows were closed by the other thread\n", nRounds, nLeft);
+    std::printf("%d rounds, %d of the windows were closed by the other thread\n", kRounds, nLeft);
 }
 
 // Opened by many, closed by many: what is left open is closed by nobody else and hides by itself.
@@ -97,8 +95,7 @@ TEST_F(SectionThreads, MayOpenAndCloseAllAtOnce)
                 for (HWND const hWnd : WaitWindowsOfThisThread())
                 {
                     EXPECT_TRUE(::IsWindowVisible(hWnd));
-                    for (int i2 = 0; i2 < kWatchdogTicks; ++i2)
-                        ::SendMessageA(hWnd, WM_TIMER, 333, 0);
+                    Tick(hWnd);
                     EXPECT_FALSE(::IsWindowVisible(hWnd));
                     ::InterlockedIncrement(&nLeft);
                 }

@@ -1,5 +1,6 @@
 // RunJobWithWaitDlg and the dialog class behind it, on real windows and threads.
 #include "tests/support/ImportPatch.h"
+#include "tests/support/Watchdog.h"
 #include "tests/support/WindowDriver.h"
 #include "ui/WaitDlgModless.h"
 
@@ -13,13 +14,6 @@ using namespace window_driver;
 namespace
 {
 constexpr const char* kCaption = "Tarn job under test";
-constexpr int kWatchdogTicks = 100;
-
-void Tick(HWND hWnd, int nTicks)
-{
-    for (int i = 0; i < nTicks; ++i)
-        ::SendMessageA(hWnd, WM_TIMER, 333, 0);
-}
 
 LONGLONG ReturnArgument(void* pArg, HWND /*hWnd*/)
 {
@@ -346,7 +340,7 @@ TEST(WaitDialog, TakesATickAfterTheWatchdogHasTerminatedTheWorker)
     HeldJob job;
     OpenDialog dlg;
     ASSERT_NO_FATAL_FAILURE(dlg.OpenFor(job));
-    Tick(dlg.GetSafeHwnd(), kWatchdogTicks);
+    Tick(dlg.GetSafeHwnd());
     EXPECT_TRUE(job.WorkerHasEnded(0));
     Tick(dlg.GetSafeHwnd(), 1);
     EXPECT_EQ(dlg.m_nTicks, kWatchdogTicks + 1);
@@ -371,7 +365,7 @@ TEST(WaitDialog, WaitsUntilTheTerminatedWorkerIsReallyGone)
             ::SleepEx(50, FALSE); // time to go on too early
             pfnTerminate(g_hToTerminate, 0);
         });
-        Tick(dlg.GetSafeHwnd(), kWatchdogTicks);
+        Tick(dlg.GetSafeHwnd());
         EXPECT_TRUE(job.WorkerHasEnded(0));
     }
     ::CloseHandle(g_hAsked);
@@ -391,7 +385,7 @@ TEST(WaitDialog, LooksAtTheWorkersThreadOnlyWhileThatIsInItsJob)
     EXPECT_TRUE(PumpUntil([hWnd] { return !::IsWindowVisible(hWnd); }));
     EXPECT_EQ(dlg.m_job.nResult, 5);
     dlg.m_pThread = reinterpret_cast<CWinThread*>(INT_PTR{16}); // as good as gone
-    Tick(hWnd, kWatchdogTicks); // the watchdog finds nothing to terminate
+    Tick(hWnd); // the watchdog finds nothing to terminate
     EXPECT_FALSE(::IsWindowVisible(hWnd));
     dlg.DestroyWindow();
 }
@@ -488,7 +482,7 @@ TEST(JobRunner, ReturnsZeroAtThe100thTickWhenSomebodyElseTerminatedTheWorker)
         ::WaitForSingleObject(job.hStarted, kLimitMilliseconds);
         ::TerminateThread(job.hThread, 99);
         EXPECT_TRUE(job.WorkerHasEnded(kLimitMilliseconds));
-        Tick(hWnd, kWatchdogTicks);
+        Tick(hWnd);
     });
     EXPECT_EQ(RunJobWithWaitDlg(&HeldJob::Run, &job, "", kCaption), 0);
     DWORD nExitCode = 0;
@@ -498,7 +492,7 @@ TEST(JobRunner, ReturnsZeroAtThe100thTickWhenSomebodyElseTerminatedTheWorker)
 
 TEST(JobRunner, WaitsWithoutAJobUntilTheWatchdogEndsIt)
 {
-    DriverThread driver([] { Tick(WaitForTopLevel(kCaption), kWatchdogTicks); });
+    DriverThread driver([] { Tick(WaitForTopLevel(kCaption)); });
     EXPECT_EQ(RunJobWithWaitDlg(nullptr, nullptr, "", kCaption), 0);
 }
 
@@ -514,7 +508,7 @@ TEST(JobRunner, SettlesTheRaceBetweenTheJobsEndAndThe100thTick)
             HWND const hWnd = WaitForTopLevel(kCaption);
             ::WaitForSingleObject(job.hStarted, kLimitMilliseconds);
             Tick(hWnd, kWatchdogTicks - 1);
-            ::PostMessageA(hWnd, WM_TIMER, 333, 0);
+            ::PostMessageA(hWnd, WM_TIMER, kWatchdogTimer, 0);
             for (volatile int nSpin = 0; nSpin < (i % 50) * 400;)
                 nSpin = nSpin + 1;
             ::SetEvent(job.hMayEnd);

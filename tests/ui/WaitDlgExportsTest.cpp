@@ -3,6 +3,7 @@
 #include "tests/support/ImportPatch.h"
 #include "tests/support/LoadedTarn.h"
 #include "tests/support/ThreadWithADialog.h"
+#include "tests/support/Watchdog.h"
 #include "tests/support/WindowDriver.h"
 
 #include <gtest/gtest.h>
@@ -15,7 +16,6 @@ using namespace window_driver;
 namespace
 {
 constexpr int kMessageControl = 14000;
-constexpr int kWatchdogTicks = 100;
 
 class WaitWindow : public ::testing::Test
 {
@@ -28,12 +28,6 @@ protected:
         HWND const hWnd = FindTopLevel(kCaption);
         EXPECT_NE(hWnd, nullptr);
         return hWnd;
-    }
-
-    static void Tick(HWND hWnd, int nTicks, UINT_PTR nTimerID = 333)
-    {
-        for (int i = 0; i < nTicks; ++i)
-            ::SendMessageA(hWnd, WM_TIMER, nTimerID, 0);
     }
 
     static constexpr const char* kCaption = "Tarn wait window under test";
@@ -384,7 +378,7 @@ TEST_F(WaitWindow, OfTwoWindowsCloseDestroysOnlyTheSecond)
     EXPECT_FALSE(::IsWindow(hSecond));
     tarn.CloseWaitDlg();
     EXPECT_TRUE(::IsWindowVisible(hFirst)) << "nothing knows it any more but its watchdog";
-    Tick(hFirst, kWatchdogTicks);
+    Tick(hFirst);
     EXPECT_TRUE(::IsWindow(hFirst));
     EXPECT_FALSE(::IsWindowVisible(hFirst));
     ::DestroyWindow(hFirst);
@@ -457,7 +451,7 @@ TEST_F(WaitWindow, LeavesTheCallersActivationContextAloneWhileMessagesArrive)
     HWND const hWnd = Open();
     HANDLE hBefore = nullptr;
     ASSERT_TRUE(::GetCurrentActCtx(&hBefore));
-    Tick(hWnd, kWatchdogTicks);
+    Tick(hWnd);
     HANDLE hAfter = nullptr;
     ASSERT_TRUE(::GetCurrentActCtx(&hAfter));
     EXPECT_EQ(hBefore, hAfter);
@@ -478,7 +472,7 @@ TEST(WaitWindowAtUnload, IsLeftBehindInert)
     EXPECT_TRUE(::IsWindowVisible(hWnd));
     EXPECT_EQ(::GetWindowLongPtrA(hWnd, GWLP_USERDATA), 0) << "it leads nowhere";
     for (int i = 0; i < 2 * kWatchdogTicks; ++i)
-        ::SendMessageA(hWnd, WM_TIMER, 333, 0);
+        ::SendMessageA(hWnd, WM_TIMER, kWatchdogTimer, 0);
     ::SendMessageA(hWnd, WM_COMMAND, IDOK, 0);
     ::SendMessageA(hWnd, WM_COMMAND, IDCANCEL, 0);
     ::SendMessageA(hWnd, WM_USER + 1, 0, 0);
