@@ -15,12 +15,17 @@ rm -rf "$tree"
 mkdir -p "$tree"
 cp -r "$here/files/." "$tree"
 
-# A repeatable stream of bytes: SIZE bytes from a linear congruential generator.
+# A repeatable stream of SIZE bytes, as a survey has them: rows of the same figures, each with its number. By a
+# linear congruential generator from SEED.
 bytes() {
     perl -e 'my ($size, $x) = @ARGV;
-             for (my $done = 0; $done < $size; $done += 4) {
+             my $row = "";
+             while (length $row < 4092) {
                  $x = ($x * 1664525 + 1013904223) & 0xffffffff;
-                 print substr(pack("N", $x), 0, $size - $done);
+                 $row .= pack("N", $x);
+             }
+             for (my $number = 0; $size > 0; $size -= 4096) {
+                 print substr(pack("N", $number++) . $row, 0, $size);
              }' "$1" "$2"
 }
 
