@@ -19,6 +19,9 @@
 
 : "${TARN_WINE_DIR:?}"
 _wine_main_dir=$TARN_WINE_DIR
+_wine_env=${BASH_SOURCE[0]}
+_wine_fonts=${TARN_WINE_FONTS:-marlett.ttf}
+_wine_prefix_of="$EUID $_wine_fonts" # the stamp's first line
 if [ -n "${CTEST_RESOURCE_GROUP_0_DESKTOPS:-}" ]; then
     # "id:2,slots:1"
     TARN_WINE_DIR=$TARN_WINE_DIR-${CTEST_RESOURCE_GROUP_0_DESKTOPS//[!0-9,]/}
@@ -40,17 +43,23 @@ unset TMPDIR
 _wine_server_linger=30
 _wine_display_linger=1000
 
+# Called before each program: what is there already must not take longer than the program.
 wine_start() {
-    mkdir -p "$TARN_WINE_DIR" || return
-    # Without the lock's descriptor: what stays running would hold the lock.
-    (
-        flock 9
-        _wine_share_processor
-        _wine_display 9>&- && _wine_prefix 9>&-
-    ) 9> "$TARN_WINE_DIR/lock" || return
-    DISPLAY=:$(cat "$TARN_WINE_DIR/display")
-    export DISPLAY
+    [ -d "$TARN_WINE_DIR" ] || mkdir -p "$TARN_WINE_DIR" || return
+    if ! { _wine_display_runs && [ -s "$TARN_WINE_DIR/display" ] && _wine_prefix_is_current; }; then
+        # Without the lock's descriptor: what stays running would hold the lock.
+        (
+            flock 9
+            _wine_share_processor
+            _wine_display 9>&- && _wine_prefix 9>&-
+        ) 9> "$TARN_WINE_DIR/lock" || return
+    fi
+    read -r DISPLAY < "$TARN_WINE_DIR/display"
+    export DISPLAY=:$DISPLAY
     [ -n "${TARN_ALL_PROCESSORS:-}" ] || _wine_share_processor
+    # Fails when one is running, which is as good.
+    (_wine_share_processor && _wine_server "-p$_wine_server_linger") < /dev/null \
+        &> "$TARN_WINE_DIR/server.log" || true
 }
 
 wine_stop() {
@@ -70,23 +79,36 @@ _wine_server() {
     "$server" "$@"
 }
 
-# Of those that this process may use. Desktops that have a number are spread evenly.
+# Of those that this process may use; what has been given one stays with it. Desktops that have a number are
+# spread evenly.
 _wine_share_processor() {
-    local list number=${TARN_WINE_DIR##*-} processors
+    local key list range i number=${TARN_WINE_DIR##*-} processors=()
     [ -n "${TARN_SHARED_PROCESSOR:-}" ] || return 0
+    while read -r key list; do
+        [ "$key" != Cpus_allowed_list: ] || break
+    done < "/proc/$BASHPID/status"
+    [[ $list == *[,-]* ]] || return 0
     [[ $number =~ ^[0-9]+$ ]] || number=$(cksum <<< "$TARN_WINE_DIR" | cut -d' ' -f1)
-    list=$(sed -n 's/^Cpus_allowed_list:[[:space:]]*//p' "/proc/$BASHPID/status")
-    mapfile -t processors < <(for range in ${list//,/ }; do seq "${range%-*}" "${range#*-}"; done)
+    for range in ${list//,/ }; do
+        for ((i = ${range%-*}; i <= ${range#*-}; i++)); do
+            processors+=("$i")
+        done
+    done
     taskset -cp "${processors[number % ${#processors[@]}]}" "$BASHPID" > /dev/null
 }
 
 # The number of a display that is gone may belong to another process by now: ours carries the folder
 # in its command line.
 _wine_display_runs() {
-    local pid
-    pid=$(cat "$TARN_WINE_DIR/display.pid" 2> /dev/null) &&
-        tr '\0' '\n' 2> /dev/null < "/proc/$pid/cmdline" | grep -qxF -- "$TARN_WINE_DIR"
-} 2> /dev/null
+    local pid word words=()
+    {
+        read -r pid < "$TARN_WINE_DIR/display.pid" && mapfile -t -d '' words < "/proc/$pid/cmdline"
+    } 2> /dev/null || return
+    for word in "${words[@]}"; do
+        [ "$word" != "$TARN_WINE_DIR" ] || return 0
+    done
+    return 1
+}
 
 _wine_display() {
     local i
@@ -128,17 +150,24 @@ EOF
 
 # The buttons in a caption are letters of Marlett. Debian's Wine does not look where the package
 # fonts-wine puts its fonts; without the file they are drawn as "0", "1" and "r", and all else works.
-_wine_fonts() {
+_wine_font_files() {
     local font
-    for font in ${TARN_WINE_FONTS:-marlett.ttf}; do
+    for font in $_wine_fonts; do
         [ ! -f "/usr/share/wine/fonts/$font" ] || printf '%s\0' "/usr/share/wine/fonts/$font"
     done
+}
+
+# Since it was found to be so, nothing has been installed and nothing been changed here.
+_wine_prefix_is_current() {
+    local stamp=$TARN_WINE_DIR/stamp whose='' wine
+    wine=$(type -P wine) && { read -r whose < "$stamp"; } 2> /dev/null && [ "$whose" = "$_wine_prefix_of" ] &&
+        [ "$stamp" -nt "$_wine_env" ] && [ "$stamp" -nt "${wine%/*}" ] && [ "$stamp" -nt /usr/share/wine/fonts ]
 }
 
 # The stamp is written last: a prefix without it is half made, one with another was made otherwise.
 _wine_prefix() {
     local stamp fonts=$WINEPREFIX/drive_c/windows/Fonts
-    stamp=$(wine --version; id -u; _wine_settings; _wine_fonts | xargs -0 -r cksum)
+    stamp=$(echo "$_wine_prefix_of"; wine --version; _wine_settings; _wine_font_files | xargs -0 -r cksum)
     if [ "$(cat "$TARN_WINE_DIR/stamp" 2> /dev/null)" != "$stamp" ]; then
         [ ! -d "$WINEPREFIX" ] || _wine_server -k 2> /dev/null || true
         rm -rf "$WINEPREFIX" "$TARN_WINE_DIR/stamp"
@@ -152,7 +181,7 @@ _wine_prefix() {
     fi
     if [ "$(cat "$TARN_WINE_DIR/stamp" 2> /dev/null)" != "$stamp" ]; then
         mkdir -p "$fonts"
-        _wine_fonts | xargs -0 -r cp -t "$fonts" || return
+        _wine_font_files | xargs -0 -r cp -t "$fonts" || return
         _wine_settings > "$TARN_WINE_DIR/settings.reg"
         if ! { wine wineboot --init && wine regedit /S "$TARN_WINE_DIR/settings.reg" &&
             _wine_server -w; } < /dev/null &> "$TARN_WINE_DIR/prefix.log"; then
@@ -161,6 +190,5 @@ _wine_prefix() {
         fi
         printf '%s\n' "$stamp" > "$TARN_WINE_DIR/stamp"
     fi
-    # Fails when one is running, which is as good.
-    _wine_server "-p$_wine_server_linger" < /dev/null &> "$TARN_WINE_DIR/server.log" || true
+    touch "$TARN_WINE_DIR/stamp"
 }
