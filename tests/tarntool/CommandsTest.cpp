@@ -2,6 +2,7 @@
 #include "tests/support/RegistrySandbox.h"
 #include "tests/support/TempFolder.h"
 #include "tests/support/WindowDriver.h"
+#include "tests/support/Wine.h"
 #include "tests/tarntool/Tool.h"
 
 #include <gtest/gtest.h>
@@ -234,7 +235,27 @@ TEST(ToolCopy, StopsAtTheFirstFileThatFails)
 
 // ---- config
 
-TEST(ToolConfig, WritesTheStartUpFile)
+namespace
+{
+// Wine writes the system's code page down anew with the first program that runs in another language than
+// the one before, and takes it from that program: UTF-8, where its manifest says so.
+class ToolConfig : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        if (!RunsUnderWine())
+            return;
+        const std::string number = std::to_string(::GetACP());
+        ASSERT_EQ(::RegSetKeyValueA(HKEY_LOCAL_MACHINE,
+                                    "SYSTEM\\CurrentControlSet\\Control\\Nls\\CodePage", "ACP",
+                                    REG_SZ, number.c_str(), static_cast<DWORD>(number.size() + 1)),
+                  ERROR_SUCCESS);
+    }
+};
+} // namespace
+
+TEST_F(ToolConfig, WritesTheStartUpFile)
 {
     for (const wchar_t* const pszOption : {L"", L" --quiet"})
     {
@@ -249,7 +270,7 @@ TEST(ToolConfig, WritesTheStartUpFile)
     }
 }
 
-TEST(ToolConfig, QuietlySaysTheReasonOnTheOutputAndShowsNoBox)
+TEST_F(ToolConfig, QuietlySaysTheReasonOnTheOutputAndShowsNoBox)
 {
     const TempFolder folder;
     const std::string path = folder / "none\\embedch\\config\\chrc";
@@ -260,7 +281,7 @@ TEST(ToolConfig, QuietlySaysTheReasonOnTheOutputAndShowsNoBox)
     EXPECT_EQ(result.err, "tarntool: the start-up file is not written: " + reason + ".\r\n");
 }
 
-TEST(ToolConfig, QuietlyNamesAFileThatIsInUse)
+TEST_F(ToolConfig, QuietlyNamesAFileThatIsInUse)
 {
     const TempFolder folder;
     folder.MakeFolder("embedch\\config");
@@ -276,7 +297,7 @@ TEST(ToolConfig, QuietlyNamesAFileThatIsInUse)
     EXPECT_TRUE(IsOneSentence(result.err)) << result.err;
 }
 
-TEST(ToolConfig, QuietlyRefusesAFolderOfSeparators)
+TEST_F(ToolConfig, QuietlyRefusesAFolderOfSeparators)
 {
     const Result result = RunTool(L"config --quiet \\\\\\");
     EXPECT_EQ(result.nExitCode, 101U);
@@ -284,7 +305,7 @@ TEST(ToolConfig, QuietlyRefusesAFolderOfSeparators)
     EXPECT_TRUE(IsOneSentence(result.err)) << result.err;
 }
 
-TEST(ToolConfig, ShowsTheBoxWithoutTheOption)
+TEST_F(ToolConfig, ShowsTheBoxWithoutTheOption)
 {
     const TempFolder folder;
     Process process(L"config " + Quoted(Wide(folder / "none")));
@@ -323,7 +344,7 @@ std::string LocalName()
 }
 } // namespace
 
-TEST(ToolConfig, WritesTheBytesThatTheDllWritesInAnOrdinaryInstaller)
+TEST_F(ToolConfig, WritesTheBytesThatTheDllWritesInAnOrdinaryInstaller)
 {
     for (const std::string& name : {LocalName(), LocalName() + "\\", LocalName() + "\\\\deeper",
                                     std::string("plain"), LocalName() + "/deeper/"})
@@ -341,7 +362,7 @@ TEST(ToolConfig, WritesTheBytesThatTheDllWritesInAnOrdinaryInstaller)
     }
 }
 
-TEST(ToolConfig, KeepsALastCharacterWholeThatTheDllWouldCut)
+TEST_F(ToolConfig, KeepsALastCharacterWholeThatTheDllWouldCut)
 {
     if (::GetACP() != 932)
         GTEST_SKIP() << "has no characters of two bytes";
@@ -356,7 +377,7 @@ TEST(ToolConfig, KeepsALastCharacterWholeThatTheDllWouldCut)
     EXPECT_NE(bytes.find("\\\\" + name + "\\\\embedch\\\\include;"), std::string::npos) << bytes;
 }
 
-TEST(ToolConfig, RefusesAFolderThatTheInterpreterCannotRead)
+TEST_F(ToolConfig, RefusesAFolderThatTheInterpreterCannotRead)
 {
     const TempFolder folder;
     const std::wstring path = Wide(folder.Path()) + L"\\" + kAllScripts;
