@@ -87,6 +87,24 @@ End WaitForEnd(HANDLE hProcess, const std::wstring& outputFile, const Limits& li
             return End::TimedOut;
     }
 }
+
+// A scanner may hold a file that was just unpacked, and a busy Wine gives up on a new process now and then.
+bool StartSuspended(const std::wstring& command, STARTUPINFOW* pStartup,
+                    PROCESS_INFORMATION* pProcess)
+{
+    for (int nTries = 10;; --nTries)
+    {
+        std::wstring commandLine = command; // the system may write into it
+        if (::CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, TRUE,
+                             CREATE_SUSPENDED | CREATE_NO_WINDOW, nullptr, nullptr, pStartup,
+                             pProcess))
+            return true;
+        const DWORD nError = ::GetLastError();
+        if (nTries == 1 || nError == ERROR_FILE_NOT_FOUND || nError == ERROR_PATH_NOT_FOUND)
+            return false;
+        ::Sleep(kPollMilliseconds);
+    }
+}
 } // namespace
 
 Outcome RunProcess(const std::wstring& command, const std::wstring& outputFile,
@@ -101,10 +119,7 @@ Outcome RunProcess(const std::wstring& command, const std::wstring& outputFile,
     startup.dwFlags = STARTF_USESTDHANDLES;
     startup.hStdOutput = startup.hStdError = output.Get();
     PROCESS_INFORMATION process = {};
-    std::wstring commandLine = command;
-    if (!output.IsValid() || !::CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, TRUE,
-                                               CREATE_SUSPENDED | CREATE_NO_WINDOW, nullptr,
-                                               nullptr, &startup, &process))
+    if (!output.IsValid() || !StartSuspended(command, &startup, &process))
     {
         outcome.nExitCode = ::GetLastError();
         output.Close();

@@ -129,6 +129,25 @@ TEST_F(TestProgram, LeavesNoProcessBehind)
     EXPECT_TRUE(window_driver::WaitFor([] { return !IsRunning(); }));
 }
 
+TEST_F(TestProgram, ThatSomebodyHoldsForAMomentIsRunAllTheSame)
+{
+    const std::wstring program = sandbox.Folder() + L"\\held.exe";
+    ASSERT_TRUE(::CopyFileW((OwnFolder() + L"\\troublesome.exe").c_str(), program.c_str(), TRUE));
+    HANDLE const hFile =
+        ::CreateFileW(program.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    ASSERT_NE(hFile, INVALID_HANDLE_VALUE);
+    ::SetEnvironmentVariableA("TARN_TROUBLE", "");
+    {
+        window_driver::DriverThread holder([hFile] {
+            ::Sleep(300);
+            ::CloseHandle(hFile);
+        });
+        result = RunTests(program, sandbox.Folder(), limits, [](int, int) {});
+    }
+    EXPECT_EQ(result.trouble, "");
+    EXPECT_EQ(result.tests.size(), 7U);
+}
+
 TEST_F(TestProgram, ThatListsNoTestsOrIsMissingIsATrouble)
 {
     ::SetEnvironmentVariableA("TARN_TROUBLE", "no list");
@@ -162,7 +181,7 @@ TEST_F(TestProgram, IsStoppedAlsoWhenItEndsInTheSameMoment)
                        ::SetEvent(limits.hStop);
                    });
     ::CloseHandle(limits.hStop);
-    EXPECT_EQ(outcome.end, End::Stopped);
+    EXPECT_EQ(outcome.end, End::Stopped) << outcome.nExitCode;
 }
 
 TEST(SelfTestSandbox, IsGoneAfterwardsWithAllThatIsInIt)
