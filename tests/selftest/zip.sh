@@ -8,7 +8,7 @@
 # shellcheck source=tests/package/lib.sh
 . "$(dirname "$0")/../package/lib.sh"
 shift 2
-[ $# -gt 0 ] || set -- binary. frame.HostSettings frame.TarnApp install.FileCopy install.RunOnce validate.
+[ $# -gt 0 ] || set -- binary. frame.HostSettings frame.TarnApp hosts.Boxes install.FileCopy install.RunOnce validate.
 need_tools cmake unzip xmllint wine Xvfb
 nobody=65534
 name=${kit_name%-win64}-selftest-win64
