@@ -34,6 +34,8 @@ export WINEDLLOVERRIDES='mscoree,mshtml=;winemenubuilder.exe=d'
 export LC_ALL=${TARN_LOCALE:-en_US.UTF-8}
 export HOME=${HOME:-$TARN_WINE_DIR}
 unset WAYLAND_DISPLAY XAUTHORITY
+# How letters are composed of several keys: thousands of lines, which each program with a window would read.
+export XCOMPOSEFILE=/dev/null
 # With it, whatever it says, Debian 13's Wine ends at once: "free(): invalid pointer".
 unset TMPDIR
 

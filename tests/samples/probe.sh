@@ -4,8 +4,10 @@
 : "${out:?}"
 
 make_probe() {
-    x86_64-w64-mingw32-gcc -Wall -Wextra -Werror -O1 -s -o "$out/probe.exe" \
-        "$(dirname "${BASH_SOURCE[0]}")/probe.c" || die "the probe cannot be built"
+    local source
+    source=$(dirname "${BASH_SOURCE[0]}")/probe.c
+    [ "$out/probe.exe" -nt "$source" ] || x86_64-w64-mingw32-gcc -Wall -Wextra -Werror -O1 -s \
+        -o "$out/probe.exe" "$source" || die "the probe cannot be built"
 }
 
 probe() { wine "$out/probe.exe" 2> /dev/null | tr -d '\r'; }

@@ -66,10 +66,11 @@ public:
             m_start = ResourceCount::Now();
         for (int i = 0; i < m_nRounds; ++i)
             round();
-        // A thread that has just signalled its end may still be there for a moment, with all it holds.
-        const DWORD nStart = ::GetTickCount();
-        while (ResourceCount::Threads() > m_start.nThreads && ::GetTickCount() - nStart < kMostWait)
-            ::Sleep(5);
+        // A thread that has just signalled its end may still be there for a moment, with all it holds. To
+        // count the threads takes long: those that stay are not counted all the time.
+        for (DWORD nPause = 2;
+             ResourceCount::Threads() > m_start.nThreads && nPause <= kLongestPause; nPause *= 2)
+            ::Sleep(nPause);
         const ResourceCount end = ResourceCount::Now();
         AddBlock(m_start, end);
         m_start = end;
@@ -133,7 +134,7 @@ public:
 
 private:
     using Growth = std::array<long long, kKinds>;
-    static constexpr DWORD kMostWait = 500; // milliseconds
+    static constexpr DWORD kLongestPause = 256; // milliseconds; with those before it, half a second
 
     static Growth Figures(const ResourceCount& count)
     {
