@@ -103,13 +103,16 @@ unix() {
 # windows FILE: its name for a Windows program.
 windows() { winepath -w "$1" 2> /dev/null; }
 
+# By its path: a bare name is looked for by a program of Wine's own, which takes as long again.
+registry() { wine "$WINEPREFIX/drive_c/windows/system32/reg.exe" "$@"; }
+
 registry_value() { # KEY NAME
-    wine reg query "$1" /v "$2" 2> /dev/null | tr -d '\r' | sed -n "s/^ *$2 *REG_SZ *//p"
+    registry query "$1" /v "$2" 2> /dev/null | tr -d '\r' | sed -n "s/^ *$2 *REG_SZ *//p"
 }
 
 on_screen() { xdotool search --onlyvisible --name "$1" &> /dev/null; }
 
-registry_key() { wine reg query "$1" &> /dev/null; }
+registry_key() { registry query "$1" &> /dev/null; }
 
 # What the installer and the library may have left in the temporary folder. The uninstaller's copy of itself
 # is not among it: the system removes that at the next start.
@@ -120,8 +123,8 @@ temporary_files() {
 
 clean_slate() { # FOLDER
     rm -rf "$(unix "$1")"
-    wine reg delete "$run_once" /v $run_once_value /f &> /dev/null
-    wine reg delete "$uninstall_key" /f &> /dev/null
+    registry delete "$run_once" /v $run_once_value /f &> /dev/null
+    registry delete "$uninstall_key" /f &> /dev/null
     find "$WINEPREFIX/drive_c/users" -ipath '*/temp/*' -delete
 }
 

@@ -202,7 +202,7 @@ japanese() {
 # Windows always has the key; without it the product is installed all the same.
 no_run_once_key() {
     echo 'No RunOnce key:'
-    wine reg delete "$run_once" /f &> /dev/null
+    registry delete "$run_once" /f &> /dev/null
     run "$setup" /S /EMAIL=user@example.com "/D=$folder"
     ended 0 'WARNING: the welcome at the next log-on could not be queued'
     check '  the key is not made' '' fails registry_key "$run_once"
