@@ -1,7 +1,7 @@
 # Run by "cmake --install" and cpack when all else is in its place: what the installed files are made of.
 # Before: kit_build, kit_version and kit_linked, a list of FILE=MAP (see kit/sbom.py).
 include(${CMAKE_CURRENT_LIST_DIR}/source-date.cmake)
-find_program(python NAMES python3 REQUIRED)
+find_program(python NAMES python3 HINTS /usr/bin REQUIRED)
 set(kit $ENV{DESTDIR}${CMAKE_INSTALL_PREFIX})
 message(STATUS "Installing: ${kit}/sbom.cdx.json")
 execute_process(

@@ -3,6 +3,7 @@
 # symbols that the binaries have, which is another way than the link map that it was made from.
 # shellcheck source=tests/package/lib.sh
 . "$(dirname "$0")/lib.sh"
+PATH=/usr/bin:$PATH # before a Python of the user's own, which may lack what the system's packages bring
 need_tools unzip python3 x86_64-w64-mingw32-nm
 unpack_kit
 sbom=$kit/sbom.cdx.json
