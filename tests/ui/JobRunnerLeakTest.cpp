@@ -42,7 +42,8 @@ TEST(JobRunner, RunsAThousandJobsInARowAndLeavesNothingBehind)
     runJob();
     const std::size_t nBlocks = OwnBlocks();
     EXPECT_TRUE(LeavesNothingBehind(333, runJob));
-    EXPECT_EQ(OwnBlocks(), nBlocks);
+    // A worker gives its own things back a moment after its result: that of the first job, or of the last.
+    EXPECT_TRUE(window_driver::WaitFor([nBlocks] { return OwnBlocks() <= nBlocks; }));
 }
 
 TEST(JobRunner, LeavesNothingBehindWhenTheJobOutlivesTheDialog)
