@@ -345,8 +345,7 @@ TEST_F(WaitWindowFault, OfDestroyWindowLeavesTheWindowToItsWatchdog)
     // Its next tick may put it over the one that is opened now, which is found by its title.
     ::SetWindowTextA(hWnd, "Left behind");
     ExpectToWork();
-    for (int i = 0; i < 100; ++i)
-        ::SendMessageA(hWnd, WM_TIMER, kWatchdogTimer, 0);
+    Tick(hWnd);
     EXPECT_FALSE(::IsWindowVisible(hWnd));
     EXPECT_TRUE(::DestroyWindow(hWnd));
     ExpectToWork();

@@ -471,8 +471,7 @@ TEST(WaitWindowAtUnload, IsLeftBehindInert)
     ASSERT_EQ(::GetModuleHandleA("tarn.dll"), nullptr);
     EXPECT_TRUE(::IsWindowVisible(hWnd));
     EXPECT_EQ(::GetWindowLongPtrA(hWnd, GWLP_USERDATA), 0) << "it leads nowhere";
-    for (int i = 0; i < 2 * kWatchdogTicks; ++i)
-        ::SendMessageA(hWnd, WM_TIMER, kWatchdogTimer, 0);
+    Tick(hWnd, 2 * kWatchdogTicks);
     ::SendMessageA(hWnd, WM_COMMAND, IDOK, 0);
     ::SendMessageA(hWnd, WM_COMMAND, IDCANCEL, 0);
     ::SendMessageA(hWnd, WM_USER + 1, 0, 0);
