@@ -48,20 +48,19 @@ _wine_display_linger=1000
 # Called before each program: what is there already must not take longer than the program.
 wine_start() {
     [ -d "$TARN_WINE_DIR" ] || mkdir -p "$TARN_WINE_DIR" || return
-    if ! { _wine_display_runs && [ -s "$TARN_WINE_DIR/display" ] && _wine_prefix_is_current; }; then
-        # Without the lock's descriptor: what stays running would hold the lock.
-        (
+    [ -n "${TARN_ALL_PROCESSORS:-}" ] || _wine_share_processor
+    # Without the lock's descriptor: what stays running would hold the lock.
+    (
+        _wine_share_processor
+        if ! { _wine_display_runs && [ -s "$TARN_WINE_DIR/display" ] && _wine_prefix_is_current; }; then
             flock 9
-            _wine_share_processor
-            _wine_display 9>&- && _wine_prefix 9>&-
-        ) 9> "$TARN_WINE_DIR/lock" || return
-    fi
+            { _wine_display && _wine_prefix; } 9>&- || exit
+        fi
+        # Fails when one is running, which is as good.
+        _wine_server "-p$_wine_server_linger" < /dev/null &> "$TARN_WINE_DIR/server.log" 9>&- || true
+    ) 9> "$TARN_WINE_DIR/lock" || return
     read -r DISPLAY < "$TARN_WINE_DIR/display"
     export DISPLAY=:$DISPLAY
-    [ -n "${TARN_ALL_PROCESSORS:-}" ] || _wine_share_processor
-    # Fails when one is running, which is as good.
-    (_wine_share_processor && _wine_server "-p$_wine_server_linger") < /dev/null \
-        &> "$TARN_WINE_DIR/server.log" || true
 }
 
 wine_stop() {
