@@ -3,32 +3,15 @@
 
 #include "selftest/Paths.h"
 #include "selftest/Sandbox.h"
+#include "tests/support/Processes.h"
 #include "tests/support/WindowDriver.h"
 
 #include <gtest/gtest.h>
-
-#include <tlhelp32.h>
 
 namespace selftest
 {
 namespace
 {
-std::vector<DWORD> ProcessesOf(const std::wstring& name)
-{
-    std::vector<DWORD> processes;
-    HANDLE const hSnapshot = ::CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0);
-    PROCESSENTRY32W entry = {};
-    entry.dwSize = sizeof(entry);
-    for (BOOL bMore = ::Process32FirstW(hSnapshot, &entry); bMore;
-         bMore = ::Process32NextW(hSnapshot, &entry))
-    {
-        if (name == entry.szExeFile)
-            processes.push_back(entry.th32ProcessID);
-    }
-    ::CloseHandle(hSnapshot);
-    return processes;
-}
-
 bool IsRunning()
 {
     return !ProcessesOf(L"troublesome.exe").empty();
@@ -37,12 +20,7 @@ bool IsRunning()
 void EndTroublesome()
 {
     for (const DWORD nID : ProcessesOf(L"troublesome.exe"))
-    {
-        HANDLE const hProcess = ::OpenProcess(PROCESS_TERMINATE | SYNCHRONIZE, FALSE, nID);
-        ::TerminateProcess(hProcess, 0);
-        EXPECT_EQ(::WaitForSingleObject(hProcess, 10000), WAIT_OBJECT_0);
-        ::CloseHandle(hProcess);
-    }
+        EXPECT_TRUE(EndProcess(nID));
 }
 
 class TestProgram : public testing::Test

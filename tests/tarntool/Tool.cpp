@@ -1,10 +1,8 @@
 #include "tests/tarntool/Tool.h"
 
+#include "tests/support/Processes.h"
 #include "tests/support/WindowDriver.h"
 
-#include <tlhelp32.h>
-
-#include <functional>
 #include <stdexcept>
 
 namespace tool
@@ -238,32 +236,17 @@ void DeleteEmptyCopies()
     }
 }
 
-namespace
-{
-int CountProcessesIf(const std::function<bool(const std::wstring&)>& wanted)
-{
-    HANDLE const hSnapshot = ::CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0);
-    PROCESSENTRY32W entry = {};
-    entry.dwSize = sizeof(entry);
-    int n = 0;
-    for (BOOL bMore = ::Process32FirstW(hSnapshot, &entry); bMore;
-         bMore = ::Process32NextW(hSnapshot, &entry))
-        n += wanted(entry.szExeFile) ? 1 : 0;
-    ::CloseHandle(hSnapshot);
-    return n;
-}
-} // namespace
-
 int CountProcesses(const std::wstring& name)
 {
-    return CountProcessesIf([&](const std::wstring& program) { return program == name; });
+    return static_cast<int>(ProcessesOf(name).size());
 }
 
 int CountTools()
 {
-    return CountProcessesIf([](const std::wstring& program) {
+    const auto tools = ProcessesIf([](const std::wstring& program) {
         return program == L"tarntool.exe" || program.compare(0, 9, L"tarntool-") == 0;
     });
+    return static_cast<int>(tools.size());
 }
 
 HWND FindVisible(const std::wstring& caption)

@@ -1,4 +1,5 @@
 // wait and done.
+#include "tests/support/Processes.h"
 #include "tests/support/TempFolder.h"
 #include "tests/support/WindowDriver.h"
 #include "tests/tarntool/InstallerWindow.h"
@@ -104,15 +105,6 @@ DWORD ProcessOf(HWND hWnd)
     DWORD nID = 0;
     ::GetWindowThreadProcessId(hWnd, &nID);
     return nID;
-}
-
-void Kill(DWORD nProcessID)
-{
-    HANDLE const hProcess = ::OpenProcess(PROCESS_TERMINATE | SYNCHRONIZE, FALSE, nProcessID);
-    ASSERT_NE(hProcess, nullptr);
-    ::TerminateProcess(hProcess, 9);
-    ::WaitForSingleObject(hProcess, INFINITE);
-    ::CloseHandle(hProcess);
 }
 } // namespace
 
@@ -384,7 +376,7 @@ TEST_F(ToolWait, IsGoneWhenItsProcessIsKilled)
     RunTool(L"wait --title Killed --id one");
     HWND const hWnd = FindVisible(L"Killed");
     ASSERT_NE(hWnd, nullptr);
-    Kill(ProcessOf(hWnd));
+    ASSERT_TRUE(EndProcess(ProcessOf(hWnd)));
     EXPECT_TRUE(WaitUntilGone(L"Killed"));
     EXPECT_TRUE(WaitFor([] { return CountCopies() == 0; }));
     EXPECT_EQ(RunTool(L"done --id one").nExitCode, 105U);
