@@ -27,12 +27,13 @@ start_wine() {
     wine_start
 }
 
-# With those beside it that tests had to themselves.
+# With those beside it that tests had to themselves. At once: each waits for its end most of the time.
 stop_wine() {
-    local dir main=$TARN_WINE_DIR
+    local dir main=$TARN_WINE_DIR stopping=()
     for dir in "$main" "$main"-[0-9]*; do
-        [ ! -d "$dir" ] || (TARN_WINE_DIR=$dir && . tools/wine-env.sh && wine_stop)
+        [ ! -d "$dir" ] || { (TARN_WINE_DIR=$dir && . tools/wine-env.sh && wine_stop) & stopping+=($!); }
     done
+    wait "${stopping[@]}"
 }
 
 # run_windows PROGRAM [ARGUMENT]... - in the Wine that was started.
