@@ -2,7 +2,10 @@
 
 #include "tests/support/Processes.h"
 #include "tests/support/WindowDriver.h"
+#include "tests/support/Wine.h"
 
+#include <algorithm>
+#include <set>
 #include <stdexcept>
 
 namespace tool
@@ -203,7 +206,7 @@ struct Copy
     ULONGLONG cb;
 };
 
-std::vector<Copy> Copies()
+std::vector<Copy> AllCopies()
 {
     wchar_t szFolder[MAX_PATH] = L"";
     ::GetTempPathW(MAX_PATH, szFolder);
@@ -220,6 +223,24 @@ std::vector<Copy> Copies()
     ::FindClose(hFind);
     return copies;
 }
+
+// Those of before this program, and those that were given up.
+std::set<std::wstring> g_notCounted = [] {
+    std::set<std::wstring> paths;
+    for (const Copy& copy : AllCopies())
+        paths.insert(copy.path);
+    return paths;
+}();
+
+std::vector<Copy> Copies()
+{
+    std::vector<Copy> copies = AllCopies();
+    copies.erase(
+        std::remove_if(copies.begin(), copies.end(),
+                       [](const Copy& copy) { return g_notCounted.count(copy.path) != 0; }),
+        copies.end());
+    return copies;
+}
 } // namespace
 
 int CountCopies()
@@ -234,6 +255,16 @@ void DeleteEmptyCopies()
         if (copy.cb == 0)
             ::DeleteFileW(copy.path.c_str());
     }
+}
+
+int GiveUpCopiesOfHalfMadeTools()
+{
+    if (!RunsUnderWine() || CountTools() > 0)
+        return 0;
+    const std::vector<Copy> copies = Copies();
+    for (const Copy& copy : copies)
+        g_notCounted.insert(copy.path);
+    return static_cast<int>(copies.size());
 }
 
 int CountProcesses(const std::wstring& name)

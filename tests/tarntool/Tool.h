@@ -65,10 +65,15 @@ std::vector<std::string> Lines(const std::string& text);
 // "tarntool: " and one sentence.
 bool IsOneSentence(const std::string& err);
 
-// Copies of the program that wait windows run from, in the folder for temporary files.
+// Copies of the program that wait windows run from, in the folder for temporary files: those that were made
+// since this program began.
 int CountCopies();
 // Those of tools that were killed before they had written any of it.
 void DeleteEmptyCopies();
+// Wine: a process that is killed while it makes another leaves that half made, without a thread and in no
+// list, and what it was to inherit stays open as long as Wine runs. What is there when no tool is there any
+// more is not counted from now on. Returns how many these are; none on Windows.
+int GiveUpCopiesOfHalfMadeTools();
 // Processes that run a program of this name.
 int CountProcesses(const std::wstring& name);
 // Processes of tarntool and its copies.

@@ -352,6 +352,7 @@ TEST_F(ToolWait, IsGoneWhenItsProcessIsKilled)
 
 TEST_F(ToolWait, LeavesNothingWhenItIsKilledInTheMiddle)
 {
+    int nHalfMade = 0;
     for (DWORD nMilliseconds = 0; nMilliseconds < 400; nMilliseconds += 20)
     {
         Process wait(L"wait --title Middle --id one");
@@ -366,14 +367,19 @@ TEST_F(ToolWait, LeavesNothingWhenItIsKilledInTheMiddle)
         // It may have come as far as to show the window, in the moment before it was killed. And between
         // the call that makes the copy's file and the one that will have it deleted, a kill leaves it,
         // empty, to the next that comes when it is old enough.
-        EXPECT_TRUE(WaitFor([] {
+        const bool bGone = WaitFor([] {
             RunTool(L"done --id one");
             if (CountTools() > 0)
                 return false;
             DeleteEmptyCopies();
             return CountCopies() == 0;
-        })) << nMilliseconds;
+        });
+        const int nGivenUp = bGone ? 0 : GiveUpCopiesOfHalfMadeTools();
+        EXPECT_TRUE(bGone || nGivenUp == 1) << nMilliseconds;
+        nHalfMade += nGivenUp;
     }
+    // Seldom: one of some thousands.
+    EXPECT_LE(nHalfMade, 1);
 }
 
 TEST_F(ToolWait, HasOneWinnerAmongManyOfOneIdentifier)
