@@ -89,7 +89,7 @@ _wine_share_processor() {
         [ "$key" != Cpus_allowed_list: ] || break
     done < "/proc/$BASHPID/status"
     [[ $list == *[,-]* ]] || return 0
-    [[ $number =~ ^[0-9]+$ ]] || number=$(cksum <<< "$TARN_WINE_DIR" | cut -d' ' -f1)
+    [[ $number =~ ^[0-9]+$ ]] || read -r number _ < <(cksum <<< "$TARN_WINE_DIR")
     for range in ${list//,/ }; do
         for ((i = ${range%-*}; i <= ${range#*-}; i++)); do
             processors+=("$i")

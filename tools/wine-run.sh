@@ -5,7 +5,7 @@ set -u
 TARN_WINE_DIR=$1
 shift
 # shellcheck source=tools/wine-env.sh
-. "$(dirname "$0")/wine-env.sh"
+. "${BASH_SOURCE[0]%/*}/wine-env.sh"
 wine_start || exit
 
 # Through a file: Wine's own background processes keep the descriptors of the program that happened to
