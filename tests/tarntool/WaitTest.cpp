@@ -2,6 +2,7 @@
 #include "tests/support/Processes.h"
 #include "tests/support/TempFolder.h"
 #include "tests/support/WindowDriver.h"
+#include "tests/support/Wine.h"
 #include "tests/tarntool/InstallerWindow.h"
 #include "tests/tarntool/Tool.h"
 
@@ -403,13 +404,16 @@ TEST_F(ToolWait, HasOneWinnerAmongManyOfOneIdentifier)
 TEST_F(ToolWait, ShowsAHundredWindowsAtOnce)
 {
     const ULONGLONG nStart = ::GetTickCount64();
+    const auto wait = [](std::size_t i) { return L"wait --title Many --id " + std::to_wstring(i); };
     std::vector<std::unique_ptr<Process>> processes;
-    for (int i = 0; i < 100; ++i)
-        processes.push_back(
-            std::make_unique<Process>(L"wait --title Many --id " + std::to_wstring(i)));
-    for (const std::unique_ptr<Process>& process : processes)
+    for (std::size_t i = 0; i < 100; ++i)
+        processes.push_back(std::make_unique<Process>(wait(i)));
+    for (std::size_t i = 0; i < 100; ++i)
     {
-        const Result result = process->Finish();
+        Result result = processes[i]->Finish();
+        // Wine under load cannot start one process in some thousands, whoever asks for it.
+        if (RunsUnderWine() && result.err.find("(Windows error 1359)") != std::string::npos)
+            result = RunTool(wait(i));
         EXPECT_EQ(result.nExitCode, 0U) << result.err;
     }
     EXPECT_TRUE(WaitFor([] { return CountTools() <= 100; }));
