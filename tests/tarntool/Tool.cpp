@@ -145,7 +145,13 @@ void Process::Kill()
 
 Result RunTool(const std::wstring& arguments, const Start& start)
 {
-    return Process(arguments, start).Finish();
+    const Result result = Process(arguments, start).Finish();
+    return WineFailed(result) ? Process(arguments, start).Finish() : result;
+}
+
+bool WineFailed(const Result& result)
+{
+    return RunsUnderWine() && result.err.find("(Windows error 1359)") != std::string::npos;
 }
 
 std::wstring Program()

@@ -2,7 +2,6 @@
 #include "tests/support/Processes.h"
 #include "tests/support/TempFolder.h"
 #include "tests/support/WindowDriver.h"
-#include "tests/support/Wine.h"
 #include "tests/tarntool/InstallerWindow.h"
 #include "tests/tarntool/Tool.h"
 
@@ -411,8 +410,7 @@ TEST_F(ToolWait, ShowsAHundredWindowsAtOnce)
     for (std::size_t i = 0; i < 100; ++i)
     {
         Result result = processes[i]->Finish();
-        // Wine under load cannot start one process in some thousands, whoever asks for it.
-        if (RunsUnderWine() && result.err.find("(Windows error 1359)") != std::string::npos)
+        if (WineFailed(result))
             result = RunTool(wait(i));
         EXPECT_EQ(result.nExitCode, 0U) << result.err;
     }
