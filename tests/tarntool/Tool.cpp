@@ -145,13 +145,7 @@ void Process::Kill()
 
 Result RunTool(const std::wstring& arguments, const Start& start)
 {
-    const Result result = Process(arguments, start).Finish();
-    return WineFailed(result) ? Process(arguments, start).Finish() : result;
-}
-
-bool WineFailed(const Result& result)
-{
-    return RunsUnderWine() && result.err.find("(Windows error 1359)") != std::string::npos;
+    return Process(arguments, start).Finish();
 }
 
 std::wstring Program()

@@ -51,12 +51,7 @@ private:
     HANDLE m_hErr = nullptr;
 };
 
-// Once more when WineFailed.
 Result RunTool(const std::wstring& arguments, const Start& start = Start());
-
-// Wine under load cannot start one process in some thousands, whoever asks for it, and says that it has failed
-// inside. The tool passes that on.
-bool WineFailed(const Result& result);
 
 // The program that "run" is given; see Program.c.
 std::wstring Program();

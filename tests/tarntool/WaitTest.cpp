@@ -403,15 +403,13 @@ TEST_F(ToolWait, HasOneWinnerAmongManyOfOneIdentifier)
 TEST_F(ToolWait, ShowsAHundredWindowsAtOnce)
 {
     const ULONGLONG nStart = ::GetTickCount64();
-    const auto wait = [](std::size_t i) { return L"wait --title Many --id " + std::to_wstring(i); };
     std::vector<std::unique_ptr<Process>> processes;
-    for (std::size_t i = 0; i < 100; ++i)
-        processes.push_back(std::make_unique<Process>(wait(i)));
-    for (std::size_t i = 0; i < 100; ++i)
+    for (int i = 0; i < 100; ++i)
+        processes.push_back(
+            std::make_unique<Process>(L"wait --title Many --id " + std::to_wstring(i)));
+    for (const std::unique_ptr<Process>& process : processes)
     {
-        Result result = processes[i]->Finish();
-        if (WineFailed(result))
-            result = RunTool(wait(i));
+        const Result result = process->Finish();
         EXPECT_EQ(result.nExitCode, 0U) << result.err;
     }
     EXPECT_TRUE(WaitFor([] { return CountTools() <= 100; }));
