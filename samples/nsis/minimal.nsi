@@ -75,9 +75,16 @@ SectionEnd
 Section Uninstall
   Delete "$INSTDIR\minimal.nsi"
   Delete "$INSTDIR\embedch\config\chrc"
-  Delete "$INSTDIR\uninstall.exe"
   RMDir "$INSTDIR\embedch\config"
   RMDir "$INSTDIR\embedch"
+  ; What runs is a copy, and the program that made it may not have come to its end yet.
+  ${ForEach} $0 1 100 + 1
+    Delete "$INSTDIR\uninstall.exe"
+    ${IfNot} ${FileExists} "$INSTDIR\uninstall.exe"
+      ${Break}
+    ${EndIf}
+    Sleep 50
+  ${Next}
   RMDir "$INSTDIR"
 SectionEnd
 

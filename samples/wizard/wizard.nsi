@@ -558,10 +558,17 @@ Function ${UN}RemoveProduct
   Delete "$INSTDIR\embedch\config\chrc"
   !insertmacro ForEachFile DeleteFile
   !insertmacro ForEachFolderBackwards RemoveFolder
-  Delete "$INSTDIR\uninstall.exe"
-  RMDir "$INSTDIR"
   DeleteRegValue HKCU "${RUN_ONCE_KEY}" "${RUN_ONCE_VALUE}"
   DeleteRegKey HKCU "${UNINSTALL_KEY}"
+  ; The uninstaller runs as a copy, and the program that made it may not have come to its end yet.
+  ${ForEach} $0 1 100 + 1
+    Delete "$INSTDIR\uninstall.exe"
+    ${IfNot} ${FileExists} "$INSTDIR\uninstall.exe"
+      ${Break}
+    ${EndIf}
+    Sleep 50
+  ${Next}
+  RMDir "$INSTDIR"
 FunctionEnd
 !macroend
 !insertmacro RemoveProduct ""

@@ -8,8 +8,8 @@ here=$(cd "$(dirname "$0")" && pwd)
 export TARN_WIZARD=${language,,}
 # shellcheck source=samples/lib.sh
 . "$here/../../samples/lib.sh"
-# shellcheck source=tests/installers/hold.sh
-. "$here/hold.sh"
+# shellcheck source=tests/samples/hold.sh
+. "$here/../samples/hold.sh"
 
 work=$out/client
 code=

@@ -9,8 +9,8 @@ export TARN_WIZARD=inno
 . "$here/../../samples/lib.sh"
 # shellcheck source=tests/samples/screen.sh
 . "$here/../samples/screen.sh"
-# shellcheck source=tests/installers/hold.sh
-. "$here/hold.sh"
+# shellcheck source=tests/samples/hold.sh
+. "$here/../samples/hold.sh"
 # shellcheck source=tests/docs/quoting.sh
 . "$here/../docs/quoting.sh"
 

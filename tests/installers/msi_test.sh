@@ -7,8 +7,8 @@ here=$(cd "$(dirname "$0")" && pwd)
 export TARN_WIZARD=msi
 # shellcheck source=samples/lib.sh
 . "$here/../../samples/lib.sh"
-# shellcheck source=tests/installers/hold.sh
-. "$here/hold.sh"
+# shellcheck source=tests/samples/hold.sh
+. "$here/../samples/hold.sh"
 # shellcheck source=tests/docs/quoting.sh
 . "$here/../docs/quoting.sh"
 

@@ -5,6 +5,8 @@ set -u
 build=$(cd "$1" && pwd) || exit 2
 # shellcheck source=samples/lib.sh
 . "$(dirname "$0")/../../samples/lib.sh"
+# shellcheck source=tests/samples/hold.sh
+. "$(dirname "$0")/hold.sh"
 
 folder='C:\Lakeside unattended'
 x86_dll=/usr/share/nsis/Plugins/x86-unicode/System.dll
@@ -111,6 +113,23 @@ failed_repair() { # OPTION
     check '  the next one ends well' "$code" equal "$code" 0
     check '  and brings the file back' '' cmp -s "$tree/bin/survey.dat" "$(unix "$folder")/bin/survey.dat"
     uninstall "$folder"
+    nothing_left "$folder"
+}
+
+# The uninstaller starts a copy of itself, and may take longer to end than the copy to do its work.
+uninstaller_still_there() {
+    local limit=$((SECONDS + 30))
+    echo 'Uninstalled while the uninstaller that made the copy is still there:'
+    run "$setup" /S /EMAIL=user@example.com "/D=$folder"
+    check '  exit code' "$code" equal "$code" 0
+    hold "$folder\\uninstall.exe"
+    timeout 120 wine "$folder\\uninstall.exe" /S &> /dev/null # not by a pipe, which the copy would keep open
+    while registry_key "$uninstall_key" && [ $SECONDS -lt $limit ]; do
+        sleep 0.05
+    done
+    check '  it does all the rest' '' \
+        equal "$(cd "$(unix "$folder")" && find . | paste -sd' ')" '. ./uninstall.exe'
+    release
     nothing_left "$folder"
 }
 
@@ -244,6 +263,7 @@ uninstaller_without_library() {
 
 need_tools makensis perl wine Xvfb xdotool
 make_installer
+make_hold
 start_wine
 clean_slate "$folder"
 unusable_library
@@ -252,6 +272,7 @@ obstacles
 failed_repair /S
 failed_repair /PASSIVE
 installations
+uninstaller_still_there
 another_licence
 foreign_letters
 japanese

@@ -1,6 +1,6 @@
 /*
- * hold FILE MARK - keeps a file open, shared with nobody, from when it makes the file MARK until that is
- * gone: a file in use, for the tests of the installers.
+ * hold FILE MARK - keeps a file open, which others may read but neither write nor delete, from when it makes
+ * the file MARK until that is gone: a file in use, or a program that runs, for the tests of the installers.
  */
 #include <windows.h>
 
@@ -10,7 +10,7 @@ int main(int argc, char** argv)
     int i;
     if (argc != 3)
         return 2;
-    file = CreateFileA(argv[1], GENERIC_READ, 0, NULL, OPEN_EXISTING, 0, NULL);
+    file = CreateFileA(argv[1], GENERIC_READ, FILE_SHARE_READ, NULL, OPEN_EXISTING, 0, NULL);
     if (file == INVALID_HANDLE_VALUE)
         return 1;
     mark = CreateFileA(argv[2], GENERIC_WRITE, 0, NULL, CREATE_ALWAYS, 0, NULL);
