@@ -64,7 +64,7 @@ wine_start() {
 }
 
 wine_stop() {
-    [ ! -d "$WINEPREFIX" ] || _wine_server -k 2> /dev/null || true
+    _wine_end_server
     if _wine_display_runs; then
         kill "$(cat "$TARN_WINE_DIR/display.pid")"
     fi
@@ -78,6 +78,18 @@ _wine_server() {
         ! command -v "$server" > /dev/null || break
     done
     "$server" "$@"
+}
+
+# With the folder of its socket, which Debian's Wine leaves behind. Copies of a prefix have that in common.
+_wine_end_server() {
+    local sockets device inode
+    [ -d "$WINEPREFIX" ] || return 0
+    _wine_server -k 2> /dev/null || true
+    sockets=$(cat "$WINEPREFIX/wineserver" 2> /dev/null) || return 0
+    [[ $sockets == wine-?????? ]] || return 0
+    read -r device inode < <(stat -c '%d %i' "$WINEPREFIX")
+    rm -rf "/tmp/$sockets/$(printf 'server-%x-%x' "$device" "$inode")"
+    rmdir "/tmp/$sockets" 2> /dev/null || true
 }
 
 # Of those that this process may use; what has been given one stays with it. Desktops that have a number are
@@ -170,7 +182,7 @@ _wine_prefix() {
     local stamp fonts=$WINEPREFIX/drive_c/windows/Fonts
     stamp=$(echo "$_wine_prefix_of"; wine --version; _wine_settings; _wine_font_files | xargs -0 -r cksum)
     if [ "$(cat "$TARN_WINE_DIR/stamp" 2> /dev/null)" != "$stamp" ]; then
-        [ ! -d "$WINEPREFIX" ] || _wine_server -k 2> /dev/null || true
+        _wine_end_server
         rm -rf "$WINEPREFIX" "$TARN_WINE_DIR/stamp"
     fi
     if [ ! -d "$WINEPREFIX" ] && [ "$(cat "$_wine_main_dir/stamp" 2> /dev/null)" = "$stamp" ]; then
