@@ -53,12 +53,14 @@ std::function<void()> TakeThread()
     HANDLE const hThread = ::CreateThread(
         nullptr, 0,
         [](LPVOID) -> DWORD {
-            ::Sleep(INFINITE);
+            ::SleepEx(INFINITE, TRUE);
             return 0;
         },
         nullptr, 0, nullptr);
     return [hThread] {
-        ::TerminateThread(hThread, 0);
+        // Terminated while it begins, it would keep what it holds of the system's locked, at the latest
+        // for the end of the process.
+        ::QueueUserAPC([](ULONG_PTR) { ::ExitThread(0); }, hThread, 0);
         ::WaitForSingleObject(hThread, INFINITE);
         ::CloseHandle(hThread);
     };
