@@ -295,8 +295,8 @@ mapfile -t index < "$work/blocks/index"
 trap wine_stop EXIT
 trap 'exit 130' INT TERM HUP
 wine_start || exit 1
-$cc -std=c89 -Wall -Wextra -Werror "$source/tests/docs/pick_file.c" -o "$work/pick_file.exe" -luser32 ||
-    exit 1
+$cc -std=c89 -Wall -Wextra -Werror -c "$source/tests/docs/pick_file.c" -o "$work/pick_file.o" &&
+    $cc "$work/pick_file.o" -o "$work/pick_file.exe" -luser32 || exit 1
 
 # The named blocks, where the shell finds them; and output blocks stand where they say something.
 previous=

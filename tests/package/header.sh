@@ -31,10 +31,10 @@ strict_cpp=(-Wold-style-cast -Wnon-virtual-dtor -Woverloaded-virtual)
 
 # -I, not -isystem: warnings about a system header would not be shown.
 compile() {
-    local compiler=$1 standard=$2 include=${3:-$kit/include} source=client.c options=()
+    local compiler=$1 standard=$2 include=${3:-$kit/include} source=client.c options=("${@:4}")
     case $standard in
-    c++*) source=client.cpp options=("${strict[@]}" "${strict_cpp[@]}") ;;
-    *) options=("${strict[@]}" "${strict_c[@]}") ;;
+    c++*) source=client.cpp options+=("${strict[@]}" "${strict_cpp[@]}") ;;
+    *) options+=("${strict[@]}" "${strict_c[@]}") ;;
     esac
     case $compiler in
     gcc)
@@ -85,8 +85,9 @@ fails_with() {
 wrong() {
     local what=$1 compiler=$2 standard=$3 line=$4 reason=$5
     sed "/^#define TARN_H_INCLUDED/a $line" "$kit/include/tarn.h" > wrong/tarn.h
+    # At the first fault, before all that the system's headers hold.
     check "noticed: $what ($compiler, $standard)" \
-        fails_with "$reason" compile "$compiler" "$standard" wrong
+        fails_with "$reason" compile "$compiler" "$standard" wrong -Wfatal-errors
 }
 for compiler in gcc clang; do
     wrong 'a comment of C++' $compiler c90 '// comment' comment

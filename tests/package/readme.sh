@@ -13,6 +13,8 @@
 . "$(dirname "$0")/lib.sh"
 need_tools unzip cmake ninja makensis gdb x86_64-w64-mingw32-gcc
 unpack_kit
+# shellcheck source=tests/support/compiler_cache.sh
+. "$source_dir/tests/support/compiler_cache.sh"
 cd "$kit" || exit 1
 
 # ---- The commands of Windows

@@ -96,7 +96,7 @@ def looked_up(build, function, nm, *paths):
     nm takes its time."""
     files = [(path, os.stat(path).st_size, os.stat(path).st_mtime_ns) for path in sorted(paths)]
     name = f"{function.__name__}-{os.path.basename(paths[0])}-{len(paths)}.pickle"
-    kept = os.path.join(build, "package-test", "symbols", name)
+    kept = os.path.join(build, "package-symbols", name)
     if os.path.exists(kept):
         with open(kept, "rb") as file:
             of, symbols = pickle.load(file)

@@ -9,8 +9,10 @@
 held_mark=$out/held
 
 make_hold() {
-    x86_64-w64-mingw32-gcc -Wall -Wextra -Werror -O1 -s -o "$out/hold.exe" \
-        "$(dirname "${BASH_SOURCE[0]}")/hold.c" || die "hold.c cannot be built"
+    local source
+    source=$(dirname "${BASH_SOURCE[0]}")/hold.c
+    [ "$out/hold.exe" -nt "$source" ] || x86_64-w64-mingw32-gcc -Wall -Wextra -Werror -O1 -s \
+        -o "$out/hold.exe" "$source" || die "hold.c cannot be built"
 }
 
 hold() {

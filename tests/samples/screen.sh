@@ -28,12 +28,14 @@ until_shown() {
     local limit=$((SECONDS + 30))
     until look && show_all "$@"; do
         [ $SECONDS -lt $limit ] || return 1
+        sleep 0.1 # a look takes as much of the processor as what it waits for
     done
 }
 until_gone() {
     local limit=$((SECONDS + 30))
     while look && shows "$1"; do
         [ $SECONDS -lt $limit ] || return 1
+        sleep 0.1
     done
 }
 
