@@ -21,7 +21,7 @@
 _wine_main_dir=$TARN_WINE_DIR
 _wine_env=${BASH_SOURCE[0]}
 _wine_fonts=${TARN_WINE_FONTS:-marlett.ttf}
-_wine_prefix_of="$EUID $_wine_fonts" # the stamp's first line
+_wine_prefix_of="$EUID without a home, $_wine_fonts" # the stamp's first line
 if [ -n "${CTEST_RESOURCE_GROUP_0_DESKTOPS:-}" ]; then
     # "id:2,slots:1"
     TARN_WINE_DIR=$TARN_WINE_DIR-${CTEST_RESOURCE_GROUP_0_DESKTOPS//[!0-9,]/}
@@ -177,6 +177,15 @@ _wine_prefix_is_current() {
         [ "$stamp" -nt "$_wine_env" ] && [ "$stamp" -nt "${wine%/*}" ] && [ "$stamp" -nt /usr/share/wine/fonts ]
 }
 
+# _wine_copy_prefix FROM TO - two folders like TARN_WINE_DIR; TO has no prefix yet, and has none afterwards where
+# FROM has none or lies on another disk. Links to the system's files, which nobody changes, and the registry's
+# as files of its own: in a second.
+_wine_copy_prefix() {
+    [ -f "$1/stamp" ] && cp -al "$1/prefix" "$2/prefix.new" && rm "$2/prefix.new"/*.reg &&
+        cp -p "$1/prefix"/*.reg "$2/prefix.new/" && mv "$2/prefix.new" "$2/prefix" &&
+        cp -p "$1/stamp" "$2/stamp" || rm -rf "$2/prefix.new"
+}
+
 # The stamp is written last: a prefix without it is half made, one with another was made otherwise.
 _wine_prefix() {
     local stamp fonts=$WINEPREFIX/drive_c/windows/Fonts
@@ -186,17 +195,14 @@ _wine_prefix() {
         rm -rf "$WINEPREFIX" "$TARN_WINE_DIR/stamp"
     fi
     if [ ! -d "$WINEPREFIX" ] && [ "$(cat "$_wine_main_dir/stamp" 2> /dev/null)" = "$stamp" ]; then
-        # The same again in a second: links to the system's files, which nobody changes, and the
-        # registry's as files of its own.
-        cp -al "$_wine_main_dir/prefix" "$WINEPREFIX.new" && rm "$WINEPREFIX.new"/*.reg &&
-            cp "$_wine_main_dir/prefix"/*.reg "$WINEPREFIX.new/" && mv "$WINEPREFIX.new" "$WINEPREFIX" &&
-            printf '%s\n' "$stamp" > "$TARN_WINE_DIR/stamp" || rm -rf "$WINEPREFIX.new"
+        _wine_copy_prefix "$_wine_main_dir" "$TARN_WINE_DIR"
     fi
     if [ "$(cat "$TARN_WINE_DIR/stamp" 2> /dev/null)" != "$stamp" ]; then
         mkdir -p "$fonts"
         _wine_font_files | xargs -0 -r cp -t "$fonts" || return
         _wine_settings > "$TARN_WINE_DIR/settings.reg"
-        if ! { wine wineboot --init && wine regedit /S "$TARN_WINE_DIR/settings.reg" &&
+        # Without a home its folders of documents are its own, and no links to those of whoever made it.
+        if ! { HOME=/nonexistent wine wineboot --init && wine regedit /S "$TARN_WINE_DIR/settings.reg" &&
             _wine_server -w; } < /dev/null &> "$TARN_WINE_DIR/prefix.log"; then
             echo "wine-env.sh: cannot make a Wine prefix: $(tail -n 3 "$TARN_WINE_DIR/prefix.log")" >&2
             return 1

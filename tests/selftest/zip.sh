@@ -44,7 +44,11 @@ check 'there are many' test "$programs" -ge 30
 
 # Everything that belongs to the user: a home, temporary files, a Wine.
 user=$scratch/user
-mkdir -p "$user/tmp" "$user/tools"
+mkdir -p "$user"/{tmp,tools,wine}
+kept_wine=$build/wine-nobody tools=$source_dir/tools
+# shellcheck source=tests/support/kept_wine.sh
+. "$source_dir/tests/support/kept_wine.sh"
+take_kept_wine "$user/wine"
 cp "$source_dir"/tools/wine-*.sh "$user/tools"
 cat > "$user/wine.sh" << 'END'
 # wine.sh PROGRAM [ARGUMENT]... - in the folder that PLACE names.
@@ -57,6 +61,7 @@ if [ "$1" = stop ]; then
     exit
 fi
 wine_start || exit
+[ "$1" != start ] || exit 0
 cd "$PLACE" || exit
 exec wine "$@" < /dev/null
 END
@@ -90,6 +95,8 @@ belongings() {
     (cd "$scratch" && find user/tmp user/wine/prefix/drive_c/users "Prüfung" -mindepth 1 | LC_ALL=C sort)
 }
 
+check 'Wine starts' ends 0 start
+keep_wine "$user/wine"
 check 'it says how it is called' ends 0 selftest.exe --help
 check 'in so many words' holds out '--touch-user'
 check 'it refuses what it does not know' ends 2 selftest.exe --unknown
