@@ -22,5 +22,14 @@ done
 export PATH=$folder/bin:$PATH TARN_NODE=$folder
 windows_folder=${folder//\//\\}
 export TARN_ISCC=Z:$windows_folder\\node_modules\\innosetup\\bin\\ISCC.exe
+rc=0
 ctest --test-dir build/release --output-on-failure --no-tests=error -L '^installers$' \
-    ${2:+-R "$2"}
+    ${2:+-R "$2"} || rc=$?
+# Its processes would end with this one, but not all of its files.
+(
+    TARN_WINE_DIR=$PWD/build/release/installers-wine
+    # shellcheck source=tools/wine-env.sh
+    . tools/wine-env.sh
+    wine_stop
+)
+exit $rc
