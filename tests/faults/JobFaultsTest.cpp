@@ -426,7 +426,7 @@ TEST(JobFault, OfWaitingForTheWorkerCostsAHandleAndNothingElse)
             EXPECT_TRUE(outlived.WorkerHasEnded());
         }
     }
-    EXPECT_TRUE(WaitFor([&] { return ResourceCount::Threads() <= before.nThreads; }));
+    EXPECT_TRUE(WaitFor([&] { return ResourceCount::Threads() == before.nThreads; }));
     EXPECT_LE(ResourceCount::Now().nHandles, before.nHandles + 2) << "of the first two jobs";
     EXPECT_EQ(CallersState::Now(), state);
     {
