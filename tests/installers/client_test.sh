@@ -83,7 +83,7 @@ rm -rf "$work"
 mkdir -p "$work"
 start_wine
 "make_${language,,}"
-make_hold
+make_tool hold
 cp "$build/bin/tarn.dll" "$work"
 echo 'one' > "$work/file.txt"
 folder='a folder (with) [brackets]'

@@ -216,8 +216,8 @@ wizard() {
 
 need_tools perl wine Xvfb import xdotool
 make_product
-make_probe
-make_hold
+make_tool probe
+make_tool hold
 start_wine
 clean_slate "$folder"
 compile

@@ -117,7 +117,7 @@ nothing_installed() {
 
 need_tools perl wine wixl msibuild msiinfo
 make_product
-make_hold
+make_tool hold
 "$samples/msi/make.sh" "$tree" "$build/bin/tarntool.exe" "$package" || die "the package cannot be made"
 traps
 other_source

@@ -1,19 +1,14 @@
 # shellcheck shell=bash
 # Sourced, after samples/lib.sh: a file in use (see hold.c).
 #
-#   make_hold      builds the program; first
-#   hold FILE      another program has this file (a Windows path) open from now on
-#   release        no longer
+#   make_tool hold  builds the program; first
+#   hold FILE       another program has this file (a Windows path) open from now on
+#   release         no longer
+# shellcheck source=tests/samples/tool.sh
+. "$(dirname "${BASH_SOURCE[0]}")/tool.sh"
 
 : "${out:?}"
 held_mark=$out/held
-
-make_hold() {
-    local source
-    source=$(dirname "${BASH_SOURCE[0]}")/hold.c
-    [ "$out/hold.exe" -nt "$source" ] || x86_64-w64-mingw32-gcc -Wall -Wextra -Werror -O1 -s \
-        -o "$out/hold.exe" "$source" || die "hold.c cannot be built"
-}
 
 hold() {
     local limit=$((SECONDS + 60))

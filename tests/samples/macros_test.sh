@@ -137,7 +137,7 @@ wrong_target() {
 
 need_tools makensis wine Xvfb xdotool
 mkdir -p "$out"
-make_probe
+make_tool probe
 start_wine
 clean_slate 'C:\Macros'
 tool=(-DTARNTOOL="$build/bin/tarntool.exe")

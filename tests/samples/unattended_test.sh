@@ -263,7 +263,7 @@ uninstaller_without_library() {
 
 need_tools makensis perl wine Xvfb xdotool
 make_installer
-make_hold
+make_tool hold
 start_wine
 clean_slate "$folder"
 unusable_library

@@ -144,7 +144,7 @@ cancel() {
 
 need_tools makensis perl wine Xvfb import xdotool
 make_installer
-make_probe
+make_tool probe
 start_wine
 clean_slate "$folder"
 offer_licence
