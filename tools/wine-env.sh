@@ -16,6 +16,8 @@
 #   wine_start   makes the prefix and starts display and server where they are missing, and sets
 #                DISPLAY; several processes may call it at once, any number of times
 #   wine_stop    ends every Windows program of this prefix, and the display
+#   wine_copy_prefix FROM TO   two folders like TARN_WINE_DIR; TO has no prefix yet, and has none afterwards
+#                where FROM has none or lies on another disk
 
 : "${TARN_WINE_DIR:?}"
 _wine_main_dir=$TARN_WINE_DIR
@@ -177,11 +179,10 @@ _wine_prefix_is_current() {
         [ "$stamp" -nt "$_wine_env" ] && [ "$stamp" -nt "${wine%/*}" ] && [ "$stamp" -nt /usr/share/wine/fonts ]
 }
 
-# _wine_copy_prefix FROM TO - two folders like TARN_WINE_DIR; TO has no prefix yet, and has none afterwards where
-# FROM has none or lies on another disk. Links to the system's files, which nobody changes, and the registry's
-# as files of its own: in a second.
-_wine_copy_prefix() {
-    [ -f "$1/stamp" ] && cp -al "$1/prefix" "$2/prefix.new" && rm "$2/prefix.new"/*.reg &&
+# Links to the system's files, which nobody changes, and the registry's as files of its own: in a second. To
+# another disk there are no links.
+wine_copy_prefix() {
+    [ -f "$1/stamp" ] && cp -al "$1/prefix" "$2/prefix.new" 2> /dev/null && rm "$2/prefix.new"/*.reg &&
         cp -p "$1/prefix"/*.reg "$2/prefix.new/" && mv "$2/prefix.new" "$2/prefix" &&
         cp -p "$1/stamp" "$2/stamp" || rm -rf "$2/prefix.new"
 }
@@ -195,7 +196,7 @@ _wine_prefix() {
         rm -rf "$WINEPREFIX" "$TARN_WINE_DIR/stamp"
     fi
     if [ ! -d "$WINEPREFIX" ] && [ "$(cat "$_wine_main_dir/stamp" 2> /dev/null)" = "$stamp" ]; then
-        _wine_copy_prefix "$_wine_main_dir" "$TARN_WINE_DIR"
+        wine_copy_prefix "$_wine_main_dir" "$TARN_WINE_DIR"
     fi
     if [ "$(cat "$TARN_WINE_DIR/stamp" 2> /dev/null)" != "$stamp" ]; then
         mkdir -p "$fonts"

@@ -1,7 +1,7 @@
 #!/bin/bash
 # read_only_test.sh WINE_DIR [PROGRAM]... - runs what the programs test of read-only files, of a folder
 # that may not be written to and of a file that may not be read, as a user whom these bind. They do not
-# bind root, for whom a prefix of another user's is made.
+# bind root, for whom a prefix of another user's is made. Without a program it only starts Wine.
 set -eu -o pipefail
 here=$(cd "$(dirname "$0")" && pwd)
 tools=$here/../../tools

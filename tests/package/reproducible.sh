@@ -15,7 +15,7 @@ copy="$again/a folder of another length/tarn"
 second=$copy/build/release
 export TZ=Pacific/Auckland LC_ALL=C GIT_CEILING_DIRECTORIES=$build
 umask 077
-# Compilers with other addresses than ./dev gives them, too. Nobody but ./dev may change them in some containers.
+# At random addresses, too, which ./dev has turned off. Some containers let nobody change that.
 random_addresses=(setarch "$(uname -m)")
 "${random_addresses[@]}" true 2> /dev/null || random_addresses=()
 

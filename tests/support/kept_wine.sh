@@ -10,7 +10,7 @@
 
 : "${kept_wine:?}" "${tools:?}"
 
-take_kept_wine() { _with_kept_wine _wine_copy_prefix "$kept_wine" "$1"; }
+take_kept_wine() { _with_kept_wine wine_copy_prefix "$kept_wine" "$1"; }
 
 keep_wine() { _with_kept_wine _keep_wine "$1"; }
 
@@ -18,7 +18,7 @@ _keep_wine() {
     ! cmp -s "$1/stamp" "$kept_wine/stamp" || return 0
     rm -rf "$kept_wine" "$kept_wine.new"
     mkdir "$kept_wine.new"
-    _wine_copy_prefix "$1" "$kept_wine.new"
+    wine_copy_prefix "$1" "$kept_wine.new"
     mv "$kept_wine.new" "$kept_wine"
 }
 
